@@ -1,0 +1,4 @@
+// Robust statistics and polynomials.
+#pragma once
+
+#include <math/detail/instantiate.h>

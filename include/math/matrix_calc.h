@@ -1,0 +1,4 @@
+// Symmetric eigen decomposition and rotation angles.
+#pragma once
+
+#include <math/detail/instantiate.h>

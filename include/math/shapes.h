@@ -1,0 +1,4 @@
+// Shape records: lines, circles, ellipses, planes, spheres, cylinders, 3D boxes.
+#pragma once
+
+#include <math/detail/instantiate.h>

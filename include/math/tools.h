@@ -1,0 +1,4 @@
+// Point-cloud cutting.
+#pragma once
+
+#include <math/detail/instantiate.h>

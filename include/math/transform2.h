@@ -1,0 +1,4 @@
+// 2D Helmert and affine transformations estimated from point pairs.
+#pragma once
+
+#include <math/detail/instantiate.h>

@@ -1,0 +1,1 @@
+#include "math/basic_algo.h"

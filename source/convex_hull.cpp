@@ -1,0 +1,1 @@
+#include "math/convex_hull.h"

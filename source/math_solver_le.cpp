@@ -1,0 +1,1 @@
+#include "math/solver_le.h"

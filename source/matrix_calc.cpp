@@ -1,0 +1,1 @@
+#include "math/matrix_calc.h"

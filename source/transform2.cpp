@@ -1,0 +1,1 @@
+#include "math/transform2.h"

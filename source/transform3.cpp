@@ -1,0 +1,1 @@
+#include "math/transform3.h"

@@ -1,0 +1,4 @@
+// Tests of <math/solver_le.h>.
+#include <gtest/gtest.h>
+
+#include <math/solver_le.h>

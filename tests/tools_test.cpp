@@ -1,0 +1,4 @@
+// Tests of <math/tools.h>.
+#include <gtest/gtest.h>
+
+#include <math/tools.h>
