@@ -1,0 +1,2 @@
+// Benchmarks: filled in by the family's work.
+#include <benchmark/benchmark.h>
