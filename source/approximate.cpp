@@ -1,1 +1,12 @@
+// approximate<T>: the fits are defined in the private headers below, grouped by shape, and
+// instantiated here once for every element type.
 #include "math/approximate.h"
+
+#include "detail/fit_lines.h"
+
+namespace math {
+
+#define MGEO_APPROXIMATE_DEFINE(T) MGEO_APPROXIMATE_FAMILY(T, )
+MGEO_REAL_TYPES(MGEO_APPROXIMATE_DEFINE)
+
+}  // namespace math
