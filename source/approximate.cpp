@@ -3,6 +3,7 @@
 #include "math/approximate.h"
 
 #include "detail/fit_lines.h"
+#include "detail/fit_circles.h"
 
 namespace math {
 
