@@ -334,6 +334,29 @@ TYPED_TEST(CircleFit, AlgebraicFitNeedsFourPoints) {
     EXPECT_TRUE(nearAbs(q.stdAbw, A<T>::StdAbwCircle2(noisy, circle), 1e-6));
 }
 
+// On a short noisy arc the algebraic fit of fitCircleLsq is biased towards small circles;
+// Taubin's fit stays close to the geometric one.
+TYPED_TEST(CircleFit, BetaFitIsExactAndRobustOnShortArcs) {
+    using T = TypeParam;
+    math::Ccircle2<T> beta, lsq, geom;
+    A<T>::fitCircleLsqBeta(mgeo_test::circlePoints<T>(7, -2, 5, 8), beta);
+    ASSERT_TRUE(beta.isValid());
+    EXPECT_TRUE(nearAbs(beta.radius(), T(5), fitTol<T>(1e-9)));
+    EXPECT_TRUE(nearAbs(beta.center().x, T(7), fitTol<T>(1e-9)));
+
+    auto const arc = mgeo_test::circlePoints<T>(0, 0, 100, 100, 0.5, 0.5, 21);
+    A<T>::fitCircleLsqBeta(arc, beta);
+    A<T>::fitCircleLsq(arc, lsq);
+    A<T>::fitCircleGeom(arc, geom, math::CqCircleGeom2D<T>{100, gnTol<T>(100), gnTol<T>(100), gnTol<T>(100)});
+    ASSERT_TRUE(beta.isValid() && geom.isValid());
+    EXPECT_LT(std::fabs(beta.radius() - geom.radius()), std::fabs(lsq.radius() - geom.radius()));
+
+    A<T>::fitCircleLsqBeta(std::vector<P2<T>>(5, P2<T>(T(1), T(1))), beta);
+    EXPECT_FALSE(beta.isValid());
+    A<T>::fitCircleLsqBeta(mgeo_test::circlePoints<T>(0, 0, 1, 3), beta);
+    EXPECT_FALSE(beta.isValid());
+}
+
 TYPED_TEST(CircleFit, GeometricFitExactNoisyAndPartialArcs) {
     using T = TypeParam;
     math::Ccircle2<T> circle;
