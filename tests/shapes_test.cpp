@@ -384,6 +384,10 @@ TYPED_TEST(Shapes, Circle3WithNormalAlongZIsInvalid) {
         EXPECT_TRUE(std::isnan(circle.center().x));
         EXPECT_TRUE(std::isnan(circle.radius()));
     }
+    // An invalid plane (NaN normal) takes the same path.
+    Ccircle3<T> fromInvalid;
+    EXPECT_NO_THROW(fromInvalid = Ccircle3<T>(Cplane3<T>(), p1, p2, p3));
+    EXPECT_TRUE(expectInvalid(fromInvalid));
     // A slight tilt is enough for a rotation axis.
     Cplane3<T> const tilted(Cdirec3<T>(T(0.01), T(0), T(1)), T(-2));
     EXPECT_TRUE(Ccircle3<T>(tilted, p1, p2, p3).isValid());
