@@ -39,6 +39,9 @@ template <typename T>
 Csolver_le<T>::Csolver_le(Cmatrix<T> const& a) : matrix(a), matrixSet(true), rhsSet(false) {}
 
 template <typename T>
+Csolver_le<T>::Csolver_le(Cmatrix<T>&& a) : matrix(std::move(a)), matrixSet(true), rhsSet(false) {}
+
+template <typename T>
 Csolver_le<T>::Csolver_le(Csolver_le const& other) = default;
 
 template <typename T>
@@ -679,6 +682,16 @@ Csolver_svd<T>::Csolver_svd(Cmatrix<T>& a) : Csolver_le<T>(a) {
 
 template <typename T>
 Csolver_svd<T>::Csolver_svd(Cmatrix<T> const& a) : Csolver_le<T>(a) {
+    try {
+        init();
+    } catch (CthrowBase& e) {
+        e.setExInfo(kThisFile, __LINE__);
+        throw;
+    }
+}
+
+template <typename T>
+Csolver_svd<T>::Csolver_svd(Cmatrix<T>&& a) : Csolver_le<T>(std::move(a)) {
     try {
         init();
     } catch (CthrowBase& e) {

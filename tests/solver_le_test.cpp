@@ -465,3 +465,19 @@ TYPED_TEST(SolverLe, DeviationIsSumOfSquares) {
 }
 
 }  // namespace
+
+namespace {
+// Decomposing a moved-in matrix gives bit for bit the solution of the copying constructor.
+TEST(SolverSvdMove, RvalueMatrixSolvesIdentically) {
+    math::Cmatrix<double> a(5, 3);
+    for (std::size_t i = 0; i < 5; ++i)
+        for (std::size_t j = 0; j < 3; ++j) a(i, j) = std::sin(double(3 * i + j + 1));
+    std::vector<double> const b{1, -2, 0.5, 3, 0.25};
+    math::Csolver_svd<double> copying(a);
+    math::Cmatrix<double> const x1 = copying.solve(b);
+    math::Csolver_svd<double> moving(std::move(a));
+    math::Cmatrix<double> const x2 = moving.solve(b);
+    ASSERT_EQ(x1.m(), 3u);
+    for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(x1(i, 0), x2(i, 0));
+}
+}  // namespace
