@@ -9,6 +9,7 @@
 #include <math/transform3.h>
 
 #include <array>
+#include <utility>
 #include <cmath>
 
 #include "detail/fit_common.h"
@@ -31,9 +32,10 @@ bool fitRoundGaussNewton(std::vector<P> const& points, T& r, P& c, unsigned long
     constexpr std::size_t kDim = PointDim<P>::value;
     constexpr std::size_t kOff = FixedRadius ? 0 : 1;
     std::size_t const n = points.size();
-    Cmatrix<T> design(kDim * n, kDim + kOff);
     std::vector<T> residual(kDim * n);
     return iterateFit(maxItr, [&]() {
+        // One design matrix per step, moved into the solver, which decomposes it in place.
+        Cmatrix<T> design(kDim * n, kDim + kOff);
         for (std::size_t i = 0; i < n; ++i) {
             T q[kDim];
             T sumSq = T(0);
@@ -61,7 +63,7 @@ bool fitRoundGaussNewton(std::vector<P> const& points, T& r, P& c, unsigned long
                 residual[kDim * i + j] = q[j] - k * r * q[j];
             }
         }
-        Csolver_svd<T> solver(design);
+        Csolver_svd<T> solver(std::move(design));
         Cmatrix<T> const delta = solver.solve(residual);
         bool converged = true;
         if constexpr (!FixedRadius) {
