@@ -1,6 +1,8 @@
 // Robust statistics and polynomials.
 #include "math/basic_algo.h"
 
+#include <math/matrix_calc.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -567,6 +569,69 @@ void BasicAlgo<T>::IntersectEqu(Cmatrix<T>& M, std::vector<T>& l, Roots& roots) 
     // {q0, q1, q2} in this order: solveQuad reads q0 as the leading coefficient, so the roots
     // are the reciprocals 1/s.
     roots = solveQuad(std::vector<T>{q0, q1, q2});
+}
+
+// Principal-axis frame of a conic and a line. With the homogeneous point p = (x, w), x = (x, y),
+// the conic is p^T M p = x^T Q x + 2 w g^T x + M22 w^2 with Q = [[M00, M01], [M01, M11]] and
+// g = (M02, M12), and the line is l0 x + l1 y = w (in the plane w = 1: l0 x + l1 y = 1, the
+// line that IntersectEqu parametrises). The symmetric eigen decomposition of Q
+// (CmatrixCalc::getEigenvalue: eigenvalues by decreasing |value|, row k of R the unit
+// eigenvector k) gives the rotation u = R x, x = R^T u, under which
+//     Q' = R Q R^T = diag(lambda0, lambda1),   g' = R g,   M22' = M22,   l' = R l,
+// so that p^T M p and l . x keep their values at corresponding points. M receives Q' (the
+// off-diagonal entries exactly 0), g' in row and column 2 and M22; l receives l' (entries
+// beyond the second unchanged); rot receives {R00, R01, R10, R11}. Only the upper triangle of
+// M is read, as in IntersectEqu. M not 3 x 3 or l with fewer than two entries: nothing changes
+// and rot is left empty. A non-finite quadratic part (whose decomposition would not converge):
+// M and l unchanged, rot four NaNs.
+template <typename T>
+void BasicAlgo<T>::RotateEqu(Cmatrix<T>& M, std::vector<T>& l, std::vector<T>& rot) {
+    rot.clear();
+    if (M.m() != 3 || M.n() != 3 || l.size() < 2) {
+        return;
+    }
+    T const nan = std::numeric_limits<T>::quiet_NaN();
+    if (!std::isfinite(M(0, 0)) || !std::isfinite(M(0, 1)) || !std::isfinite(M(1, 1))) {
+        rot.assign(4, nan);
+        return;
+    }
+    Cmatrix<T> q(2, 2);
+    q(0, 0) = M(0, 0);
+    q(0, 1) = M(0, 1);
+    q(1, 0) = M(0, 1);
+    q(1, 1) = M(1, 1);
+    Cmatrix<T> r;
+    try {
+        CmatrixCalc<T>::getEigenvalue(q, r);
+    } catch (CthrowBase const&) {
+        rot.assign(4, nan);
+        return;
+    }
+    if (r.m() != 2 || r.n() != 2) {
+        rot.assign(4, nan);
+        return;
+    }
+    // g' = R g and l' = R l.
+    T const g0 = M(0, 2);
+    T const g1 = M(1, 2);
+    T const l0 = l[0];
+    T const l1 = l[1];
+    T const gr0 = r(0, 0) * g0 + r(0, 1) * g1;
+    T const gr1 = r(1, 0) * g0 + r(1, 1) * g1;
+    T const lr0 = r(0, 0) * l0 + r(0, 1) * l1;
+    T const lr1 = r(1, 0) * l0 + r(1, 1) * l1;
+
+    M(0, 0) = q(0, 0);
+    M(1, 1) = q(1, 1);
+    M(0, 1) = T(0);
+    M(1, 0) = T(0);
+    M(0, 2) = gr0;
+    M(2, 0) = gr0;
+    M(1, 2) = gr1;
+    M(2, 1) = gr1;
+    l[0] = lr0;
+    l[1] = lr1;
+    rot = {r(0, 0), r(0, 1), r(1, 0), r(1, 1)};
 }
 
 #define MGEO_BASIC_ALGO_DEFINE(T) MGEO_BASIC_ALGO_FAMILY(T, )

@@ -448,4 +448,73 @@ TYPED_TEST(BasicAlgo, ConicLineParametersAreReciprocal) {
     EXPECT_TRUE(std::isnan(roots.second.real()));
 }
 
+TYPED_TEST(BasicAlgo, RotateEquDiagonalisesTheConicAndKeepsItsValues) {
+    using T = TypeParam;
+    using B = math::BasicAlgo<T>;
+    double const tol = 100 * double(std::numeric_limits<T>::epsilon());
+
+    // The ellipse x'^2/4 + y'^2 = 1 turned by 30 degrees: eigenvalues 1 and 1/4.
+    double const c = std::cos(mgeo_test::kPi / 6), s = std::sin(mgeo_test::kPi / 6);
+    math::Cmatrix<T> m(3, 3, T(0));
+    m(0, 0) = T(c * c / 4 + s * s);
+    m(1, 1) = T(s * s / 4 + c * c);
+    m(0, 1) = m(1, 0) = T(c * s / 4 - c * s);
+    m(0, 2) = m(2, 0) = T(0.5);
+    m(1, 2) = m(2, 1) = T(-0.25);
+    m(2, 2) = T(-1);
+    math::Cmatrix<T> const original = m;
+    std::vector<T> l{T(0.3), T(0.7)};
+    std::vector<T> const originalLine = l;
+    std::vector<T> rot;
+    B::RotateEqu(m, l, rot);
+    ASSERT_EQ(rot.size(), 4u);
+    EXPECT_EQ(m(0, 1), T(0));
+    EXPECT_EQ(m(1, 0), T(0));
+    EXPECT_TRUE(nearAbs(m(0, 0), T(1), tol));
+    EXPECT_TRUE(nearAbs(m(1, 1), T(0.25), tol));
+    EXPECT_EQ(m(2, 2), T(-1));
+    // R is orthonormal.
+    EXPECT_TRUE(nearAbs(rot[0] * rot[0] + rot[1] * rot[1], T(1), tol));
+    EXPECT_TRUE(nearAbs(rot[0] * rot[2] + rot[1] * rot[3], T(0), tol));
+
+    // Conic and line values agree at corresponding points u = R x.
+    Noise rnd(8);
+    for (int i = 0; i < 50; ++i) {
+        double const x[3] = {rnd(3), rnd(3), 1 + rnd(0.5)};
+        double const u[3] = {double(rot[0]) * x[0] + double(rot[1]) * x[1],
+                             double(rot[2]) * x[0] + double(rot[3]) * x[1], x[2]};
+        double before = 0, after = 0;
+        for (std::size_t a = 0; a < 3; ++a)
+            for (std::size_t b = 0; b < 3; ++b) {
+                before += x[a] * double(original(a, b)) * x[b];
+                after += u[a] * double(m(a, b)) * u[b];
+            }
+        EXPECT_TRUE(nearRel(after, before, tol));
+        EXPECT_TRUE(nearRel(double(l[0]) * u[0] + double(l[1]) * u[1],
+                            double(originalLine[0]) * x[0] + double(originalLine[1]) * x[1], tol));
+    }
+}
+
+TYPED_TEST(BasicAlgo, RotateEquDegenerateInput) {
+    using T = TypeParam;
+    using B = math::BasicAlgo<T>;
+    std::vector<T> rot{T(1)};
+    math::Cmatrix<T> small(2, 2, T(1));
+    std::vector<T> l{T(1), T(2)};
+    EXPECT_NO_THROW(B::RotateEqu(small, l, rot));
+    EXPECT_TRUE(rot.empty());
+    EXPECT_EQ(l, (std::vector<T>{T(1), T(2)}));
+
+    math::Cmatrix<T> m(3, 3, T(1));
+    std::vector<T> shortLine{T(1)};
+    B::RotateEqu(m, shortLine, rot);
+    EXPECT_TRUE(rot.empty());
+
+    m(0, 1) = std::numeric_limits<T>::quiet_NaN();
+    EXPECT_NO_THROW(B::RotateEqu(m, l, rot));
+    ASSERT_EQ(rot.size(), 4u);
+    EXPECT_TRUE(std::isnan(rot[0]));
+    EXPECT_EQ(m(0, 0), T(1));
+}
+
 }  // namespace
