@@ -70,8 +70,9 @@ public:
     static std::pair<double, double> solveQuad2(std::vector<T> const& c);
 
     // One real root of c near x0: closed forms up to degree 2, else a bracket search about x0
-    // followed by bracketed Newton steps. No real root found: NaN (signalling NaN when the
-    // bracket search fails).
+    // followed by bracketed Newton steps (see basic_algo.cpp for the stopping rule). No real
+    // root found: NaN; signalling NaN when the bracket search finds no sign change, which
+    // includes an x0 that is itself an exact root.
     static T evalNewtonRoot(std::vector<T> const& c, T x0);
 
     // The parameters where the line l meets the conic M: the roots of p^T M p = 0 for
@@ -81,9 +82,10 @@ public:
     static void IntersectEqu(Cmatrix<T>& M, std::vector<T>& l, Roots& roots);
 
     // Turns the conic M and the line l (l0 x + l1 y = 1) into the frame u = R x in which the
-    // quadratic part of M is diagonal; R (rows: the eigenvectors of the quadratic part, by
-    // decreasing |eigenvalue|) is returned row-major in rot = {R00, R01, R10, R11}. See
-    // basic_algo.cpp.
+    // quadratic part of M is diagonal (CmatrixCalc::getEigenvalue): M receives the rotated
+    // conic, l the rotated line, rot the rotation row-major {R00, R01, R10, R11} (rows: the
+    // eigenvectors, by decreasing |eigenvalue|). M not 3 x 3 or l shorter than 2: nothing
+    // changes, rot empty; a non-finite quadratic part: M and l unchanged, rot four NaNs.
     static void RotateEqu(Cmatrix<T>& M, std::vector<T>& l, std::vector<T>& rot);
 };
 
