@@ -411,10 +411,13 @@ bool Cpolygon2<T>::testRect() {
     }
     m_rect = r;
 
-    // Equal within 2^-35, relative with an absolute floor of 2^-35.
-    T const tol = T(2.9103830456733704e-11);
-    auto const eq = [tol](T a, T b) {
-        return (std::fabs(a) + T(1)) * tol + a > b && (std::fabs(b) + T(1)) * tol + b > a;
+    // Equal within 2^-35, relative with an absolute floor of 2^-35; evaluated in double (in
+    // float the tolerance would vanish against any coordinate above about 2^-12).
+    double const tol = 2.9103830456733704e-11;
+    auto const eq = [tol](T ta, T tb) {
+        double const a = static_cast<double>(ta);
+        double const b = static_cast<double>(tb);
+        return (std::fabs(a) + 1.0) * tol + a > b && (std::fabs(b) + 1.0) * tol + b > a;
     };
     unsigned bits = 0;
     for (Cpoint2<T> const& v : m_vertices) {

@@ -184,8 +184,8 @@ protected:
     // Exactly 4 vertices whose corners match the bounding rectangle: the rectangle is the
     // NaN one for type 1, the stored one for type 3, the vertex extents otherwise, and is
     // stored. Coordinates a, b are equal when (|a| + 1) 2^-35 + a > b and (|b| + 1) 2^-35 + b
-    // > a. Each vertex sets the first matching bit of (left, top) 1, (right, top) 2,
-    // (right, bottom) 4, (left, bottom) 8; true when all four are set.
+    // > a, evaluated in double. Each vertex sets the first matching bit of (left, top) 1, (right,
+    // top) 2, (right, bottom) 4, (left, bottom) 8; true when all four are set.
     bool testRect();
     // Clean-up: rotates the list to start at the vertex with the smallest x (then smallest y;
     // strict, the first wins), drops every other vertex whose cross product with its two
