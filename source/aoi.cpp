@@ -424,10 +424,35 @@ void Caoi<T>::fillPolygon(TpolyInfo const& info) {
         for (long long y = rows.first; y <= rows.second; ++y) {
             T const py = px(y);
             double const dyc = static_cast<double>(py) - static_cast<double>(c.y);
-            auto const keyAt = [&](long long x) { return Poly::theta(c, Cpoint2<T>(px(x), py)); };
+            // The last few keys evaluated, so that the key just past a run (found false by
+            // the run search) is not computed again for the next run.
+            long long cacheX[4] = {xa - 1, xa - 1, xa - 1, xa - 1};
+            T cacheKey[4] = {T(0), T(0), T(0), T(0)};
+            unsigned cacheNext = 0;
+            auto const keyAt = [&](long long x) {
+                for (unsigned i = 0; i < 4; ++i) {
+                    if (cacheX[i] == x) {
+                        return cacheKey[i];
+                    }
+                }
+                T const k = detail::thetaKey(c.x, c.y, px(x), py);
+                cacheX[cacheNext] = x;
+                cacheKey[cacheNext] = k;
+                cacheNext = (cacheNext + 1) & 3u;
+                return k;
+            };
             long long x = xa;
+            std::size_t j = indexOf(keyAt(x));
             while (x <= xb) {
-                std::size_t const j = indexOf(keyAt(x));
+                // The first entry whose key is not less than the key at x (the lower bound),
+                // stepped from the previous run's index: the index is monotone along the row.
+                T const kx = keyAt(x);
+                while (j < m && detail::keyLess(table[j].key, kx)) {
+                    ++j;
+                }
+                while (j > 0 && !detail::keyLess(table[j - 1].key, kx)) {
+                    --j;
+                }
                 // Same index as long as K[j-1] < key and not K[j] < key.
                 auto const sameRun = [&](long long xx) {
                     T const k = keyAt(xx);

@@ -284,16 +284,7 @@ int Cpolygon2<T>::_sign(T v) {
 
 template <typename T>
 T Cpolygon2<T>::theta(Cpoint2<T> const& a, Cpoint2<T> const& b) {
-    T const dx = b.x - a.x;
-    T const dy = b.y - a.y;
-    T const s = std::fabs(dx) + std::fabs(dy);
-    T t = (s == T(0)) ? T(0) : dy / s;
-    if (dx < T(0)) {
-        t = T(2) - t;
-    } else if (dy < T(0)) {
-        t = t + T(4);
-    }
-    return T(360) - T(90) * t;
+    return detail::thetaKey(a.x, a.y, b.x, b.y);
 }
 
 template <typename T>
@@ -357,6 +348,8 @@ bool Cpolygon2<T>::isSimple() const {
     struct Edge {
         T minX;
         T maxX;
+        T minY;
+        T maxY;
         std::size_t index;
     };
     std::vector<Edge> edges;
@@ -368,7 +361,8 @@ bool Cpolygon2<T>::isSimple() const {
         if (a.x != a.x || a.y != a.y || b.x != b.x || b.y != b.y) {
             nanEdges.push_back(i);
         } else {
-            edges.push_back({std::min(a.x, b.x), std::max(a.x, b.x), i});
+            edges.push_back({std::min(a.x, b.x), std::max(a.x, b.x), std::min(a.y, b.y),
+                             std::max(a.y, b.y), i});
         }
     }
     // Edges containing NaN cannot be ordered by x: test them against every other edge.
@@ -380,14 +374,21 @@ bool Cpolygon2<T>::isSimple() const {
         }
     }
     // Sweep over the other edges by smallest x: only edges whose x-extents overlap
-    // (inclusive) are compared.
+    // (inclusive) are enumerated, and only those whose y-extents overlap too are tested.
+    // Cost: O(n log n) plus the number of x-overlapping pairs, which stays small unless many
+    // long edges share one x-range (a spiky star degrades towards n^2).
     std::sort(edges.begin(), edges.end(), [](Edge const& a, Edge const& b) {
         return a.minX < b.minX || (a.minX == b.minX && a.index < b.index);
     });
     for (std::size_t a = 0; a < edges.size(); ++a) {
-        for (std::size_t b = a + 1; b < edges.size() && edges[b].minX <= edges[a].maxX; ++b) {
-            std::size_t const i = edges[a].index;
-            std::size_t const j = edges[b].index;
+        Edge const& ea = edges[a];
+        for (std::size_t b = a + 1; b < edges.size() && edges[b].minX <= ea.maxX; ++b) {
+            Edge const& eb = edges[b];
+            if (eb.maxY < ea.minY || ea.maxY < eb.minY) {
+                continue;
+            }
+            std::size_t const i = ea.index;
+            std::size_t const j = eb.index;
             if (!adjacent(i, j) && touch(i, j)) {
                 return false;
             }
@@ -540,7 +541,7 @@ bool Cpolygon2<T>::pointIsInConvex(Cpoint2<T> const& p) const {
     if (m == 0) {
         return false;
     }
-    T const k = theta(m_center, p);
+    T const k = detail::thetaKey(m_center.x, m_center.y, p.x, p.y);
     // First entry whose key is not less than k.
     auto const it =
         std::lower_bound(m_table.begin(), m_table.end(), k,

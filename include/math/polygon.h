@@ -176,10 +176,11 @@ protected:
     // (its neighbours, through the shared vertices). Two segments touch when, for each, the
     // end points of the other are not both strictly on one side (Sedgewick's ccw: a collinear
     // end point counts as touching when it lies within the segment, decided with dot products
-    // and lengths). Edges whose x-extents do not overlap cannot touch and are never compared:
-    // the edges are sorted by their smallest x and swept, so ordinary polygons classify in
-    // O(n log n). A NaN coordinate makes a polygon of 4 or more vertices non-simple (its edges
-    // touch every other edge).
+    // and lengths). Edges whose x- or y-extents do not overlap cannot touch and are never
+    // compared: the edges are sorted by their smallest x and swept, so polygons with short
+    // edges classify in O(n log n); the cost grows with the number of x-overlapping edge pairs
+    // (towards n^2 for a star of long spikes). A NaN coordinate makes a polygon of 4 or more
+    // vertices non-simple (its edges touch every other edge).
     bool isSimple() const;
     // Exactly 4 vertices whose corners match the bounding rectangle: the rectangle is the
     // NaN one for type 1, the stored one for type 3, the vertex extents otherwise, and is

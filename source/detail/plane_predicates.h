@@ -26,6 +26,23 @@ inline T orientation(Cpoint2<T> const& a, Cpoint2<T> const& b, Cpoint2<T> const&
     return orientation(a.x, a.y, b.x, b.y, p.x, p.y);
 }
 
+// The polygon's pseudo-angle key of the direction a->b: dx, dy; s = |dx| + |dy|; t = 0 if
+// s = 0, else dy / s; dx < 0: t = 2 - t; else dy < 0: t = t + 4; key = 360 - 90 t.
+// Cpolygon2::theta and the convex scan lines both evaluate it through this one definition.
+template <typename T>
+inline T thetaKey(T ax, T ay, T bx, T by) {
+    T const dx = bx - ax;
+    T const dy = by - ay;
+    T const s = std::fabs(dx) + std::fabs(dy);
+    T t = (s == T(0)) ? T(0) : dy / s;
+    if (dx < T(0)) {
+        t = T(2) - t;
+    } else if (dy < T(0)) {
+        t = t + T(4);
+    }
+    return T(360) - T(90) * t;
+}
+
 template <typename T>
 inline bool isFinite(Cpoint2<T> const& p) {
     return std::isfinite(p.x) && std::isfinite(p.y);
