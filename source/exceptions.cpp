@@ -9,9 +9,7 @@ using Row = CbaseTransl::TtabTransl;
 
 // Texts that two tables share: one array each, so both rows point to the same text.
 char const kTextFuncNotImpl[] = "Funktion ist nicht implementiert.";
-char const kTextNotSquare[] =
-    "Es wude keine Quadratische Matrix \xFC"
-    "bergeben.";
+char const kTextNotSquare[] = "Es wude keine Quadratische Matrix \xFC" "bergeben.";
 
 // Linear scan of a table ended by a row with a null idName; the first row with the id wins.
 Row const* findRow(Row const* table, int id) {
@@ -37,42 +35,29 @@ namespace math {
 Row const CthrowMath::errStr[] = {
     {25, "CthrowMath::ERR_MATH_FUNCNOTIMPL", kTextFuncNotImpl},
     {26, "CthrowMath::ERR_MATH_INVALID_ARGUMENT",
-     "Ung\xFC"
-     "ltiges Argument wurde \xFC"
-     "bergeben."},
+     "Ung\xFC" "ltiges Argument wurde \xFC" "bergeben."},
     {27, "CthrowMath::ERR_MATH_ROUND_PREC", "Precision %0 for rounding out of range ([%1,%2])."},
     {28, "CthrowMath::ERR_TRANS_INV_MATRIX",
-     "\xDC"
-     "bergebene Matrix ist keine g\xFC"
-     "ltige Transformationsmatrix."},
+     "\xDC" "bergebene Matrix ist keine g\xFC" "ltige Transformationsmatrix."},
     {29, "CthrowMath::ERR_MATRIX_DIMS",
-     "Dimensionen der \xFC"
-     "bergebene Matrix sind ung\xFC"
-     "ltig (m:%0,n:%1). "
+     "Dimensionen der \xFC" "bergebene Matrix sind ung\xFC" "ltig (m:%0,n:%1). "
      "Erwartet wird eine 3x3- oder 4x4-Matrix."},
     {30, "CthrowMath::ERR_MATRIX_NOTSQUARE", kTextNotSquare},
     {31, "CthrowMath::ERR_MATRIX_NOTORTHOGONAL", "Matrix ist nicht orthogonal."},
     {32, "CthrowMath::ERR_SOLVE_NOTSOLVABLE", "Gleichungssystem kann nicht berechnet werden."},
-    {33, "CthrowMath::ERR_SOLVE_MATRIXSINGULAR",
-     "\xDC"
-     "bergebene Matrix ist singul\xE4"
-     "r."},
+    {33, "CthrowMath::ERR_SOLVE_MATRIXSINGULAR", "\xDC" "bergebene Matrix ist singul\xE4" "r."},
     {34, "CthrowMath::ERR_PRIMEXT_AOI_POLYINDEX",
      "Polygonindex %0 des Aoi ungueltig. (min: %1, max: %2)"},
     {35, "CthrowMath::ERR_PRIMEXT_AOI_POINTINDEX",
      "Punktindex %0 des Polygons ungueltig. (min: %1, max: %2)"},
-    {36, "CthrowMath::ERR_PRIMEXT_AOI_INVALID",
-     "AOI ist ung\xFC"
-     "ltig."},
+    {36, "CthrowMath::ERR_PRIMEXT_AOI_INVALID", "AOI ist ung\xFC" "ltig."},
     {0, nullptr, nullptr},
 };
 
 // The ids are not ascending (30 follows 32); lookup is a linear scan, so the order is kept.
 Row const CthrowSpline::errStr[] = {
     {25, "CthrowSpline::ERR_FUNCNOTIMPL", kTextFuncNotImpl},
-    {26, "CthrowSpline::ERR_INVALID_ARGUMENT",
-     "Ungueltiges Argument wurde \xFC"
-     "bergeben."},
+    {26, "CthrowSpline::ERR_INVALID_ARGUMENT", "Ungueltiges Argument wurde \xFC" "bergeben."},
     {27, "CthrowSpline::ERR_INVALID_CTRLPTS", "Zu wenig Kontrollpunkte."},
     {28, "CthrowSpline::ERR_INVALID_FITCTRLPTS",
      "Anzahl Kontrollpunkte groesser als Anzahl Mess-Punkte."},
@@ -87,8 +72,7 @@ Row const CthrowSpline::errStr[] = {
 
 Row const Ccorrelationthrow::errStr[] = {
     {25, "CthrowMath::ERR_SIZE_MISMATCH",
-     "Korrelation nur zwischen Vektoren gleicher Gr\xF6\xDF"
-     "e berechenbar (%0 != %1)."},
+     "Korrelation nur zwischen Vektoren gleicher Gr\xF6\xDF" "e berechenbar (%0 != %1)."},
     {26, "CthrowMath::ERR_TEMPLATE_EMPTY", "Korrelationsinitialisierung mit leeren Daten."},
     {0, nullptr, nullptr},
 };
@@ -96,31 +80,31 @@ Row const Ccorrelationthrow::errStr[] = {
 }  // namespace math
 
 // The members are identical in every class but for the table and the class itself.
-#define MGEO_EXCEPTION_DEFINE(Class, table)                                               \
-    Class::Class(int id, std::string const& extra) : CthrowBase(id, extra) {}             \
-    Class::Class(std::string const& context, int id, std::string const& extra)            \
-        : CthrowBase(context, id, extra) {}                                               \
-    Class::Class(CthrowBase const& cause, int id, std::string const& extra)               \
-        : CthrowBase(cause, id, extra) {}                                                 \
-    Class::Class(CthrowBase const& cause, std::string const& context, int id,             \
-                 std::string const& extra)                                                \
-        : CthrowBase(cause, context, id, extra) {}                                        \
-    Class::Class(std::string const& context, int id, std::string const& extra, bool flag) \
-        : CthrowBase(context, id, extra, flag) {}                                         \
-    Class::Class(CthrowBase const& cause, std::string const& context, int id,             \
-                 std::string const& extra, bool flag)                                     \
-        : CthrowBase(cause, context, id, extra, flag) {}                                  \
-    Class::Class(Class const& other) = default;                                           \
-    Class& Class::operator=(Class const& other) {                                         \
-        CthrowBase::operator=(other);                                                     \
-        return *this;                                                                     \
-    }                                                                                     \
-    Class::~Class() = default;                                                            \
-    CbaseTransl::TtabTransl const& Class::id2tab(int id) const {                          \
-        Row const* row = findRow(table, id);                                              \
-        return row != nullptr ? *row : CthrowBase::id2tab(id);                            \
-    }                                                                                     \
-    CthrowBase* Class::clone() const { return new Class(*this); }                         \
+#define MGEO_EXCEPTION_DEFINE(Class, table)                                                     \
+    Class::Class(int id, std::string const& extra) : CthrowBase(id, extra) {}                   \
+    Class::Class(std::string const& context, int id, std::string const& extra)                  \
+        : CthrowBase(context, id, extra) {}                                                     \
+    Class::Class(CthrowBase const& cause, int id, std::string const& extra)                     \
+        : CthrowBase(cause, id, extra) {}                                                       \
+    Class::Class(CthrowBase const& cause, std::string const& context, int id,                   \
+                 std::string const& extra)                                                      \
+        : CthrowBase(cause, context, id, extra) {}                                              \
+    Class::Class(std::string const& context, int id, std::string const& extra, bool flag)       \
+        : CthrowBase(context, id, extra, flag) {}                                               \
+    Class::Class(CthrowBase const& cause, std::string const& context, int id,                   \
+                 std::string const& extra, bool flag)                                           \
+        : CthrowBase(cause, context, id, extra, flag) {}                                        \
+    Class::Class(Class const& other) = default;                                                 \
+    Class& Class::operator=(Class const& other) {                                               \
+        CthrowBase::operator=(other);                                                           \
+        return *this;                                                                           \
+    }                                                                                           \
+    Class::~Class() = default;                                                                  \
+    CbaseTransl::TtabTransl const& Class::id2tab(int id) const {                                \
+        Row const* row = findRow(table, id);                                                    \
+        return row != nullptr ? *row : CthrowBase::id2tab(id);                                  \
+    }                                                                                           \
+    CthrowBase* Class::clone() const { return new Class(*this); }                               \
     void Class::throw_this() const { throw Class(*this); }
 
 MGEO_EXCEPTION_DEFINE(CthrowMatrixCalc, kMatrixCalcTable)
