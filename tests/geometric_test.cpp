@@ -1,5 +1,6 @@
 // Tests of <math/geometric.h>.
 #include <gtest/gtest.h>
+#include <unistd.h>
 #include <math/geometric.h>
 
 #include <cmath>
@@ -411,7 +412,9 @@ TYPED_TEST(Geometric, SphereSetOnExactAndCoplanarData) {
 // Standard input from a file of newlines, so that the circle-set iteration reads without a
 // console. False if the file cannot be set up.
 bool feedNewlines() {
-    std::string const path = ::testing::TempDir() + "geometric_test_stdin.txt";
+    // One file per test process: ctest runs the float and double cases at the same time.
+    std::string const path = ::testing::TempDir() + "geometric_test_stdin_" +
+                             std::to_string(static_cast<long>(::getpid())) + ".txt";
     std::FILE* f = std::fopen(path.c_str(), "w");
     if (f == nullptr) {
         return false;
