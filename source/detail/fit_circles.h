@@ -9,8 +9,8 @@
 #include <math/transform3.h>
 
 #include <array>
-#include <utility>
 #include <cmath>
+#include <utility>
 
 #include "detail/fit_common.h"
 
@@ -102,6 +102,30 @@ P meanAndRms(std::vector<P> const& points, T& rms) {
     }
     rms = std::sqrt(sumSq / count);
     return mean;
+}
+
+// The plain circle and sphere fits: fewer than minPoints points give `invalid`; otherwise
+// start at the mean with the RMS distance as radius (or the fixed radius), iterate, and build
+// Shape(centre, radius). Any exception while building or solving gives `invalid`.
+template <typename T, typename P, bool FixedRadius, typename Shape>
+Shape fitRound(std::vector<P> const& points, std::size_t minPoints, T fixedRadius,
+               unsigned long long maxItr, std::array<T, PointDim<P>::value + 1> const& tol,
+               Shape const& invalid) {
+    if (points.size() < minPoints) {
+        return invalid;
+    }
+    try {
+        T r = T(0);
+        P c = meanAndRms(points, r);
+        if constexpr (FixedRadius) {
+            r = fixedRadius;
+        }
+        if (fitRoundGaussNewton<T, P, FixedRadius>(points, r, c, maxItr, tol)) {
+            return Shape(c, r);
+        }
+    } catch (...) {
+    }
+    return invalid;
 }
 
 // The rotation that turns the unit normal n into the z-axis: angle theta = acos(n_z) about the
@@ -338,22 +362,9 @@ void approximate<T>::fitCircleLsqBeta(Points2 const& points, Ccircle2<T>& circle
 template <typename T>
 void approximate<T>::fitCircleGeom(Points2 const& points, Ccircle2<T>& circle,
                                    CqCircleGeom2D<T> const& quality) {
-    if (points.size() < 3) {
-        circle = detail::invalidCircle2<T>();
-        return;
-    }
-    try {
-        T r = T(0);
-        Cpoint2<T> c = detail::meanAndRms(points, r);
-        if (detail::fitRoundGaussNewton<T, Cpoint2<T>, false>(
-                points, r, c, quality.maxItr, {quality.tolR, quality.tolX, quality.tolY})) {
-            circle = Ccircle2<T>(c, r);
-        } else {
-            circle = detail::invalidCircle2<T>();
-        }
-    } catch (...) {
-        circle = detail::invalidCircle2<T>();
-    }
+    circle = detail::fitRound<T, Cpoint2<T>, false>(points, 3, T(0), quality.maxItr,
+                                                    {quality.tolR, quality.tolX, quality.tolY},
+                                                    detail::invalidCircle2<T>());
 }
 
 template <typename T>
@@ -362,7 +373,9 @@ void approximate<T>::fitCircleGeom(Points2 const& points, Ccircle2<T>& circle,
     CqCircleGeom2D<T> const control{quality.maxItr, quality.tolR, quality.tolX, quality.tolY};
     detail::fitAndDeviation(
         points, circle, control, quality.stdAbw,
-        [](Points2 const& p, Ccircle2<T>& s, CqCircleGeom2D<T> const& q) { fitCircleGeom(p, s, q); },
+        [](Points2 const& p, Ccircle2<T>& s, CqCircleGeom2D<T> const& q) {
+            fitCircleGeom(p, s, q);
+        },
         [](Points2 const& p, Ccircle2<T> const& s) { return StdAbwCircle2(p, s); });
 }
 
@@ -397,7 +410,9 @@ void approximate<T>::fitCircleGeom(Points3 const& points, Ccircle3<T>& circle,
     CqCircleGeom3D<T> const control{quality.maxItr, quality.tolR, quality.tolX, quality.tolY};
     detail::fitAndDeviation(
         points, circle, control, quality.stdAbw,
-        [](Points3 const& p, Ccircle3<T>& s, CqCircleGeom3D<T> const& q) { fitCircleGeom(p, s, q); },
+        [](Points3 const& p, Ccircle3<T>& s, CqCircleGeom3D<T> const& q) {
+            fitCircleGeom(p, s, q);
+        },
         detail::circle3Deviation<T>);
 }
 
@@ -415,11 +430,12 @@ void approximate<T>::fitCircleGeomRfix(Points3 const& points, Ccircle3<T>& circl
                                        CqCircleGeomRfix3DStdAbw<T>& quality) {
     CqCircleGeomRfix3D<T> const control{quality.maxItr, quality.tolX, quality.tolY,
                                         quality.tolUnused};
-    detail::fitAndDeviation(points, circle, control, quality.stdAbw,
-                            [](Points3 const& p, Ccircle3<T>& s, CqCircleGeomRfix3D<T> const& q) {
-                                fitCircleGeomRfix(p, s, q);
-                            },
-                            detail::circle3Deviation<T>);
+    detail::fitAndDeviation(
+        points, circle, control, quality.stdAbw,
+        [](Points3 const& p, Ccircle3<T>& s, CqCircleGeomRfix3D<T> const& q) {
+            fitCircleGeomRfix(p, s, q);
+        },
+        detail::circle3Deviation<T>);
 }
 
 // --- Spheres ---------------------------------------------------------------------------------
@@ -483,10 +499,10 @@ void approximate<T>::fitSphereLsq(Points3 const& points, Csphere3<T>& sphere) {
     T const r = std::sqrt(sumSq / detail::countOf<T>(points));
     Cpoint3<T> const origin(estimate.x + T(2) * r, estimate.y, estimate.z);
     s = detail::algebraicSphere(points, origin);
-    sphere = Csphere3<T>(Cpoint3<T>(origin.x + -T(0.5) * s[1] / s[0], origin.y + -T(0.5) * s[2] / s[0],
-                                    origin.z + -T(0.5) * s[3] / s[0]),
-                         -T(0.5) * std::sqrt(s[1] * s[1] + T(4) * s[0] + s[2] * s[2] + s[3] * s[3]) /
-                             s[0]);
+    sphere = Csphere3<T>(
+        Cpoint3<T>(origin.x + -T(0.5) * s[1] / s[0], origin.y + -T(0.5) * s[2] / s[0],
+                   origin.z + -T(0.5) * s[3] / s[0]),
+        -T(0.5) * std::sqrt(s[1] * s[1] + T(4) * s[0] + s[2] * s[2] + s[3] * s[3]) / s[0]);
 }
 
 template <typename T>
@@ -501,23 +517,9 @@ void approximate<T>::fitSphereLsq(Points3 const& points, Csphere3<T>& sphere,
 template <typename T>
 void approximate<T>::fitSphereGeom(Points3 const& points, Csphere3<T>& sphere,
                                    CqSphereGeom<T> const& quality) {
-    if (points.size() < 4) {
-        sphere = detail::invalidSphere<T>();
-        return;
-    }
-    try {
-        T r = T(0);
-        Cpoint3<T> c = detail::meanAndRms(points, r);
-        if (detail::fitRoundGaussNewton<T, Cpoint3<T>, false>(
-                points, r, c, quality.maxItr,
-                {quality.tolR, quality.tolX, quality.tolY, quality.tolZ})) {
-            sphere = Csphere3<T>(c, r);
-        } else {
-            sphere = detail::invalidSphere<T>();
-        }
-    } catch (...) {
-        sphere = detail::invalidSphere<T>();
-    }
+    sphere = detail::fitRound<T, Cpoint3<T>, false>(
+        points, 4, T(0), quality.maxItr, {quality.tolR, quality.tolX, quality.tolY, quality.tolZ},
+        detail::invalidSphere<T>());
 }
 
 template <typename T>
@@ -536,34 +538,21 @@ void approximate<T>::fitSphereGeom(Points3 const& points, Csphere3<T>& sphere,
 template <typename T>
 void approximate<T>::fitSphereGeomRfix(Points3 const& points, Csphere3<T>& sphere,
                                        CqSphereGeomRfix<T> const& quality) {
-    if (points.size() < 3) {
-        sphere = detail::invalidSphere<T>();
-        return;
-    }
-    try {
-        T r = sphere.radius();
-        T unused = T(0);
-        Cpoint3<T> c = detail::meanAndRms(points, unused);
-        if (detail::fitRoundGaussNewton<T, Cpoint3<T>, true>(
-                points, r, c, quality.maxItr, {quality.tolX, quality.tolY, quality.tolZ, T(0)})) {
-            sphere = Csphere3<T>(c, r);
-        } else {
-            sphere = detail::invalidSphere<T>();
-        }
-    } catch (...) {
-        sphere = detail::invalidSphere<T>();
-    }
+    sphere = detail::fitRound<T, Cpoint3<T>, true>(points, 3, sphere.radius(), quality.maxItr,
+                                                   {quality.tolX, quality.tolY, quality.tolZ, T(0)},
+                                                   detail::invalidSphere<T>());
 }
 
 template <typename T>
 void approximate<T>::fitSphereGeomRfix(Points3 const& points, Csphere3<T>& sphere,
                                        CqSphereGeomRfixStdAbw<T>& quality) {
     CqSphereGeomRfix<T> const control{quality.maxItr, quality.tolX, quality.tolY, quality.tolZ};
-    detail::fitAndDeviation(points, sphere, control, quality.stdAbw,
-                            [](Points3 const& p, Csphere3<T>& s, CqSphereGeomRfix<T> const& q) {
-                                fitSphereGeomRfix(p, s, q);
-                            },
-                            [](Points3 const& p, Csphere3<T> const& s) { return StdAbwSphere(p, s); });
+    detail::fitAndDeviation(
+        points, sphere, control, quality.stdAbw,
+        [](Points3 const& p, Csphere3<T>& s, CqSphereGeomRfix<T> const& q) {
+            fitSphereGeomRfix(p, s, q);
+        },
+        [](Points3 const& p, Csphere3<T> const& s) { return StdAbwSphere(p, s); });
 }
 
 }  // namespace math

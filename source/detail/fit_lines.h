@@ -114,10 +114,33 @@ void approximate<T>::fitLineGeom(Points2 const& points, Cline2<T>& line,
         quality.across = std::sqrt(lambda1 / dof);
         quality.along = std::sqrt(lambda0 / dof);
     }
-    line = Cline2<T>(Cpoint2<T>(sx / count, sy / count), Cdirec2<T>(Cpoint2<T>(v(row, 0), v(row, 1))));
+    line =
+        Cline2<T>(Cpoint2<T>(sx / count, sy / count), Cdirec2<T>(Cpoint2<T>(v(row, 0), v(row, 1))));
 }
 
 namespace detail {
+
+// The coordinate sums and the six raw product sums of a point list, each in its own
+// accumulator, points in input order.
+template <typename T>
+struct RawSums3 {
+    T sx = T(0), sy = T(0), sz = T(0);
+    T sxx = T(0), sxy = T(0), sxz = T(0), syy = T(0), syz = T(0), szz = T(0);
+
+    explicit RawSums3(std::vector<Cpoint3<T>> const& points) {
+        for (Cpoint3<T> const& p : points) {
+            sx += p.x;
+            sy += p.y;
+            sz += p.z;
+            sxx += p.x * p.x;
+            sxy += p.x * p.y;
+            sxz += p.x * p.z;
+            syy += p.y * p.y;
+            syz += p.y * p.z;
+            szz += p.z * p.z;
+        }
+    }
+};
 
 // The 3D orthogonal-regression line: mean and the eigen decomposition of the centred scatter
 // matrix (eigenvalues left on the diagonal of `scatter`, eigenvectors in the rows of `vectors`).
@@ -125,19 +148,10 @@ template <typename T>
 Cpoint3<T> decomposeScatter3(std::vector<Cpoint3<T>> const& points, Cmatrix<T>& scatter,
                              Cmatrix<T>& vectors) {
     T const count = countOf<T>(points);
-    T sx = T(0), sy = T(0), sz = T(0);
-    T sxx = T(0), sxy = T(0), sxz = T(0), syy = T(0), syz = T(0), szz = T(0);
-    for (Cpoint3<T> const& p : points) {
-        sx += p.x;
-        sy += p.y;
-        sz += p.z;
-        sxx += p.x * p.x;
-        sxy += p.x * p.y;
-        sxz += p.x * p.z;
-        syy += p.y * p.y;
-        syz += p.y * p.z;
-        szz += p.z * p.z;
-    }
+    detail::RawSums3<T> const sums(points);
+    T const sx = sums.sx, sy = sums.sy, sz = sums.sz;
+    T const sxx = sums.sxx, sxy = sums.sxy, sxz = sums.sxz;
+    T const syy = sums.syy, syz = sums.syz, szz = sums.szz;
     scatter = Cmatrix<T>(3, 3);
     scatter(0, 0) = sxx - sx * sx / count;
     scatter(0, 1) = sxy - sx * sy / count;
@@ -349,19 +363,10 @@ void approximate<T>::fitPlaneGeomFast(Points3 const& points, Cplane3<T>& plane,
         return;
     }
     T const count = detail::countOf<T>(points);
-    T sx = T(0), sy = T(0), sz = T(0);
-    T sxx = T(0), sxy = T(0), sxz = T(0), syy = T(0), syz = T(0), szz = T(0);
-    for (Cpoint3<T> const& p : points) {
-        sx += p.x;
-        sy += p.y;
-        sz += p.z;
-        sxx += p.x * p.x;
-        sxy += p.x * p.y;
-        sxz += p.x * p.z;
-        syy += p.y * p.y;
-        syz += p.y * p.z;
-        szz += p.z * p.z;
-    }
+    detail::RawSums3<T> const sums(points);
+    T const sx = sums.sx, sy = sums.sy, sz = sums.sz;
+    T const sxx = sums.sxx, sxy = sums.sxy, sxz = sums.sxz;
+    T const syy = sums.syy, syz = sums.syz, szz = sums.szz;
     T const invN = T(1) / count;
     T const cxx = sxx - sx * sx * invN;
     T const cxy = sxy - sx * sy * invN;
@@ -438,8 +443,7 @@ void approximate<T>::fitPlaneGeom(Points3 const& points, Cplane3<T>& plane,
     quality.middle = std::sqrt(scatter(1, 1) / dof);
     quality.main = std::sqrt(scatter(0, 0) / dof);
     Cdirec3<T> const normal(vectors(2, 0), vectors(2, 1), vectors(2, 2));
-    plane = Cplane3<T>(normal,
-                       -(mean.x * normal.x() + mean.y * normal.y() + mean.z * normal.z()));
+    plane = Cplane3<T>(normal, -(mean.x * normal.x() + mean.y * normal.y() + mean.z * normal.z()));
 }
 
 }  // namespace math
