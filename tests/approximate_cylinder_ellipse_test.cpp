@@ -486,4 +486,170 @@ TEST(CylinderNist, AllThirtyReferenceSets) {
     }
 }
 
+// --- Ellipses --------------------------------------------------------------------------------
+
+template <typename T>
+class EllipseFit : public ::testing::Test {};
+TYPED_TEST_SUITE(EllipseFit, RealTypes);
+
+template <typename T>
+math::CqEllipseGeom<T> ellipseControl() {
+    T const tol = std::is_same_v<T, float> ? T(1e-5) : T(1e-10);
+    return {100, tol, tol, tol, tol, tol};
+}
+
+template <typename T>
+math::CqEllipseGeomLM<T> ellipseLMControl() {
+    T const tol = std::is_same_v<T, float> ? T(1e-5) : T(1e-10);
+    return {100, tol, tol, tol, tol, tol, T(-1)};
+}
+
+struct EllipseCase {
+    double a;
+    double b;
+    double angle;
+};
+
+// The ellipse matches (cx, cy, a, b, angle) with a >= b, the angle taken modulo pi.
+template <typename T>
+::testing::AssertionResult sameEllipse(math::Cellipse2<T> const& e, double cx, double cy, double a,
+                                       double b, double angle, double tol) {
+    if (!e.isValid()) {
+        return ::testing::AssertionFailure() << "invalid ellipse";
+    }
+    if (e.b() > e.a()) {
+        return ::testing::AssertionFailure() << "b " << e.b() << " > a " << e.a();
+    }
+    double const turn = std::remainder(double(e.angle()) - angle, kPi);
+    double const scale = std::fmax(1.0, a);
+    if (std::fabs(double(e.center().x) - cx) > tol * scale ||
+        std::fabs(double(e.center().y) - cy) > tol * scale ||
+        std::fabs(double(e.a()) - a) > tol * scale || std::fabs(double(e.b()) - b) > tol * scale ||
+        (a - b > 1e-3 && std::fabs(turn) > tol * scale)) {
+        return ::testing::AssertionFailure()
+               << "got centre " << e.center() << " a " << e.a() << " b " << e.b() << " angle "
+               << e.angle() << ", expected (" << cx << ", " << cy << ") " << a << " " << b << " "
+               << angle;
+    }
+    return ::testing::AssertionSuccess();
+}
+
+TYPED_TEST(EllipseFit, BothFitsRecoverEllipsesOfSeveralShapes) {
+    using T = TypeParam;
+    // The last two are given with b > a: the fit reports them with the axes swapped and the
+    // angle turned by pi/2; a circle keeps a = b.
+    EllipseCase const cases[] = {{5, 3, 0.3},  {5, 3, kPi / 4}, {5, 4.9, 1.0},
+                                 {10, 1, 2.0}, {5, 2, 0},       {6, 5.5, -2.5},
+                                 {3, 5, 0.3},  {1, 2, -1.2},    {4, 4, 0}};
+    // Exact points rounded to T; the foot points (four Newton steps) are exact to about
+    // 1e-8 relative on the flattest case.
+    double const tol = std::is_same_v<T, float> ? 1e-4 : 1e-7;
+    for (EllipseCase const& k : cases) {
+        SCOPED_TRACE(::testing::Message() << k.a << " " << k.b << " " << k.angle);
+        auto const pts = mgeo_test::ellipsePoints<T>(3, -2, k.a, k.b, k.angle, 120);
+        double const a = std::fmax(k.a, k.b);
+        double const b = std::fmin(k.a, k.b);
+        double const angle = k.a >= k.b ? k.angle : k.angle + kPi / 2;
+        math::Cellipse2<T> gn;
+        math::approximate<T>::fitEllipseGeom(pts, gn, ellipseControl<T>());
+        EXPECT_TRUE(sameEllipse(gn, 3, -2, a, b, angle, tol));
+        math::Cellipse2<T> lm;
+        auto q = ellipseLMControl<T>();
+        math::approximate<T>::fitEllipseGeomLM(pts, lm, q);
+        EXPECT_TRUE(sameEllipse(lm, 3, -2, a, b, angle, tol));
+    }
+}
+
+TYPED_TEST(EllipseFit, NoisyEllipseLandsWithinTheNoise) {
+    using T = TypeParam;
+    auto const pts = mgeo_test::ellipsePoints<T>(-1, 4, 8, 3, 0.9, 500, 2 * kPi, 0.01, 3);
+    // Uniform noise of 0.01 on 500 points: parameter errors of a few 1e-3 at most.
+    math::CqEllipseGeomStdAbw<T> q{100, T(1e-5), T(1e-5), T(1e-5), T(1e-5), T(1e-5), T(-1)};
+    math::Cellipse2<T> gn;
+    math::approximate<T>::fitEllipseGeom(pts, gn, q);
+    EXPECT_TRUE(sameEllipse(gn, -1, 4, 8, 3, 0.9, 3e-3));
+    EXPECT_EQ(q.stdAbw, math::approximate<T>::StdAbwEllipse(pts, gn));
+    EXPECT_LT(double(q.stdAbw), 0.01);
+    EXPECT_EQ(q.maxItr, 100u);
+    EXPECT_EQ(q.tolAngle, T(1e-5));
+    math::Cellipse2<T> lm;
+    auto ql = ellipseLMControl<T>();
+    ql.tolX = ql.tolY = ql.tolA = ql.tolB = ql.tolAngle = T(1e-5);
+    math::approximate<T>::fitEllipseGeomLM(pts, lm, ql);
+    EXPECT_TRUE(sameEllipse(lm, -1, 4, 8, 3, 0.9, 3e-3));
+    // Both minimise the same deviation: their results agree far below the noise.
+    EXPECT_TRUE(nearAbs(double(lm.a()), double(gn.a()), 1e-4));
+    EXPECT_TRUE(nearAbs(double(lm.b()), double(gn.b()), 1e-4));
+}
+
+TYPED_TEST(EllipseFit, LevenbergMarquardtRecoversAHalfEllipse) {
+    using T = TypeParam;
+    auto const pts = mgeo_test::ellipsePoints<T>(3, -2, 5, 3, -0.7, 200, kPi);
+    math::Cellipse2<T> lm;
+    auto q = ellipseLMControl<T>();
+    math::approximate<T>::fitEllipseGeomLM(pts, lm, q);
+    // A half arc is less well conditioned than the full ellipse: 1e-5 in double.
+    EXPECT_TRUE(sameEllipse(lm, 3, -2, 5, 3, -0.7, std::is_same_v<T, float> ? 1e-3 : 1e-5));
+}
+
+TYPED_TEST(EllipseFit, LastStdAbwIsWrittenByTheLastTrial) {
+    using T = TypeParam;
+    auto const pts = mgeo_test::ellipsePoints<T>(0, 0, 4, 2, 0.4, 80, 2 * kPi, 0.02, 11);
+    math::Cellipse2<T> e;
+    auto q = ellipseLMControl<T>();
+    q.tolX = q.tolY = q.tolA = q.tolB = q.tolAngle = T(1e-4);
+    math::approximate<T>::fitEllipseGeomLM(pts, e, q);
+    ASSERT_TRUE(e.isValid());
+    // The last trial was either accepted (it is the result) or rejected (not better than it).
+    T const result = math::approximate<T>::StdAbwEllipse(pts, e);
+    EXPECT_TRUE(std::isfinite(q.lastStdAbw));
+    EXPECT_GE(q.lastStdAbw, result);
+    EXPECT_LT(double(q.lastStdAbw), double(result) * 1.01);
+    EXPECT_EQ(q.tolA, T(1e-4));
+}
+
+TYPED_TEST(EllipseFit, ToleranceFieldsAndIterationLimit) {
+    using T = TypeParam;
+    auto const pts = mgeo_test::ellipsePoints<T>(1, 1, 5, 3, 0.3, 60);
+    // fitEllipseGeom compares both centre corrections with tolX: a tolY no correction can
+    // meet does not matter.
+    auto q = ellipseControl<T>();
+    q.tolY = T(-1);
+    math::Cellipse2<T> e;
+    math::approximate<T>::fitEllipseGeom(pts, e, q);
+    EXPECT_TRUE(e.isValid());
+    // The Levenberg-Marquardt fit reads all five.
+    auto ql = ellipseLMControl<T>();
+    ql.tolY = T(-1);
+    math::approximate<T>::fitEllipseGeomLM(pts, e, ql);
+    EXPECT_TRUE(mgeo_test::expectInvalid(e));
+    // maxItr = 1 always fails.
+    q = ellipseControl<T>();
+    q.maxItr = 1;
+    math::approximate<T>::fitEllipseGeom(pts, e, q);
+    EXPECT_TRUE(mgeo_test::expectInvalid(e));
+    ql = ellipseLMControl<T>();
+    ql.maxItr = 1;
+    math::approximate<T>::fitEllipseGeomLM(pts, e, ql);
+    EXPECT_TRUE(mgeo_test::expectInvalid(e));
+}
+
+TYPED_TEST(EllipseFit, ThreePointsAreTooFewFourAreAccepted) {
+    using T = TypeParam;
+    auto const four = mgeo_test::circlePoints<T>(2, 3, 1.5, 4);
+    std::vector<math::Cpoint2<T>> const three(four.begin(), four.begin() + 3);
+    math::Cellipse2<T> e;
+    EXPECT_NO_THROW(math::approximate<T>::fitEllipseGeom(three, e, ellipseControl<T>()));
+    EXPECT_TRUE(mgeo_test::expectInvalid(e));
+    auto q = ellipseLMControl<T>();
+    EXPECT_NO_THROW(math::approximate<T>::fitEllipseGeomLM(three, e, q));
+    EXPECT_TRUE(mgeo_test::expectInvalid(e));
+    EXPECT_TRUE(std::isnan(q.lastStdAbw));
+    // Four points of a circle: the start is exact and the fit accepts it.
+    math::approximate<T>::fitEllipseGeom(four, e, ellipseControl<T>());
+    EXPECT_TRUE(sameEllipse(e, 2, 3, 1.5, 1.5, 0, 1e-5));
+    math::approximate<T>::fitEllipseGeomLM(four, e, q);
+    EXPECT_TRUE(sameEllipse(e, 2, 3, 1.5, 1.5, 0, 1e-5));
+}
+
 }  // namespace

@@ -36,87 +36,104 @@ Cellipse2<T> normalisedEllipse(Cpoint2<T> const& centre, T a, T b, T angle) {
     return Cellipse2<T>(centre, a, b, angle);
 }
 
-// The linearised orthogonal-distance problem of an ellipse (parameters cx, cy, a, b, phi) in
-// the coordinates of the foot points (least-squares orthogonal distance fitting after Ahn,
-// Rauh and Warnecke, Pattern Recognition 34 (2001)): for point i with foot point X'_i the rows
-// 2i and 2i + 1 of the 2n × 5 design matrix hold dX'_i / dparameters, and the residuals are
-// X_i - X'_i.
+// The rows of one point in the linearised orthogonal-distance problem of an ellipse
+// (parameters cx, cy, a, b, phi) in the coordinates of the foot points (least-squares
+// orthogonal distance fitting after Ahn, Rauh and Warnecke, Pattern Recognition 34 (2001)):
+// rowX and rowY receive dX'/dparameters and dY'/dparameters of the foot point X', `foot` the
+// foot point itself (EllipseFrame::footPoint, four Newton steps).
 //
-// In the ellipse's frame (u, v) = R (X - c), R = [[cos phi, sin phi], [-sin phi, cos phi]],
-// the foot (x, y) solves F(x, y; u, v, a, b) = 0 with
+// In the ellipse's frame (u, v) = R (X - c), R = [[cos, sin], [-sin, cos]] of phi, the foot
+// (x, y) solves F(x, y; u, v, a, b) = 0 with
 //     f1 = (b^2 x^2 + a^2 y^2 - a^2 b^2) / 2,   f2 = (u - x) a^2 y - (v - y) b^2 x,
-// the equations the foot-point iteration of the deviation uses. Implicit differentiation gives
-// d(x, y) / dp = -Fxy^-1 G_p with Fxy = [[b^2 x, a^2 y], [-a^2 y - (v - y) b^2,
-// (u - x) a^2 + b^2 x]] and G_p the derivative of (f1, f2) at fixed (x, y):
+// the equations of the foot-point iteration. Implicit differentiation gives
+// d(x, y)/dp = -Fxy^-1 G_p, Fxy = [[b^2 x, a^2 y], [-a^2 y - (v - y) b^2, (u - x) a^2 + b^2 x]],
+// G_p the derivative of (f1, f2) at fixed (x, y):
 //     cx:  (0, -a^2 y cos - b^2 x sin)    (f2 changes by a^2 y du - b^2 x dv, and
 //     cy:  (0, -a^2 y sin + b^2 x cos)     du, dv = (-cos, sin) for cx, (-sin, -cos) for cy,
 //     phi: (0, a^2 y v + b^2 x u)          (v, -u) for phi; f1 does not depend on u, v)
 //     a:   (a (y^2 - b^2), 2 a (u - x) y)
 //     b:   (b (x^2 - a^2), -2 b (v - y) x)
-// The global foot X' = c + R^T (x, y), so dX'/dp = dc/dp + R^T d(x, y)/dp, plus for phi the
-// turn of the frame (-sin x - cos y, cos x - sin y).
-//
-// When a and b agree within the single-precision margin (|a - b| <= eps_f a), the angle is
-// not determined and the phi column is set to zero: as the last column it then yields an
-// exactly zero singular value, and the solver returns a zero angle correction (otherwise the
-// rounding noise of a vanishing column would drive the angle). The foot points come from
-// EllipseFrame::footPoint (four Newton steps), turned back into the ellipse's frame.
+// The global foot is X' = c + R^T (x, y), so dX'/dp = dc/dp + R^T d(x, y)/dp, plus for phi
+// the turn of the frame (-sin x - cos y, cos x - sin y).
 template <typename T>
-void ellipseSystem(std::vector<Cpoint2<T>> const& points, Cellipse2<T> const& ellipse,
+void footRows(EllipseFrame<T> const& frame, Cellipse2<T> const& e, T c, T s, Cpoint2<T> const& p,
+              T rowX[5], T rowY[5], Cpoint2<T>& foot) {
+    T const cx = e.center().x;
+    T const cy = e.center().y;
+    T const a = e.a();
+    T const b = e.b();
+    T const a2 = a * a;
+    T const b2 = b * b;
+    foot = frame.footPoint(p);
+    T const dx = p.x - cx;
+    T const dy = p.y - cy;
+    T const u = dx * c + dy * s;
+    T const v = dy * c - dx * s;
+    T const fx = foot.x - cx;
+    T const fy = foot.y - cy;
+    T const x = fx * c + fy * s;
+    T const y = fy * c - fx * s;
+    T const j11 = b2 * x;
+    T const j12 = a2 * y;
+    T const j21 = -a2 * y - (v - y) * b2;
+    T const j22 = (u - x) * a2 + b2 * x;
+    T const det = j11 * j22 - j12 * j21;
+    T const g1[5] = {T(0), T(0), a * (y * y - b2), b * (x * x - a2), T(0)};
+    T const g2[5] = {a2 * y * -c - b2 * x * s, a2 * y * -s - b2 * x * -c, T(2) * a * (u - x) * y,
+                     T(-2) * b * (v - y) * x, a2 * y * v + b2 * x * u};
+    for (std::size_t k = 0; k < 5; ++k) {
+        T const ddx = -(g1[k] * j22 - j12 * g2[k]) / det;
+        T const ddy = -(j11 * g2[k] - j21 * g1[k]) / det;
+        rowX[k] = c * ddx - s * ddy;
+        rowY[k] = s * ddx + c * ddy;
+    }
+    rowX[0] += T(1);
+    rowY[1] += T(1);
+    rowX[4] += -s * x - c * y;
+    rowY[4] += c * x - s * y;
+}
+
+// The 2n × 5 design matrix (rows 2i and 2i + 1: footRows of point i) and the residuals
+// X_i - X'_i of the ellipse. Returns whether the ellipse is round, a and b agreeing within
+// the single-precision margin (|a - b| <= eps_f |a|): then the angle is not determined, its
+// column vanishes, and no step could leave the circle (on symmetric data the stretches along
+// a and b balance exactly). For a round ellipse the fifth column is therefore the stretch
+// along the diagonal instead: the a-column of the same circle with its frame turned by pi/4.
+// correctedEllipse turns the three stretches back into semi-axes and angle.
+template <typename T>
+bool ellipseSystem(std::vector<Cpoint2<T>> const& points, Cellipse2<T> const& ellipse,
                    Cmatrix<T>& design, Cmatrix<T>& residual) {
     std::size_t const n = points.size();
     design = Cmatrix<T>(2 * n, 5);
     residual = Cmatrix<T>(2 * n, 1);
+    bool const round = !(std::fabs(ellipse.a() - ellipse.b()) >
+                         static_cast<T>(kEllipseMargin) * std::fabs(ellipse.a()));
     EllipseFrame<T> const frame(ellipse);
-    T const cx = ellipse.center().x;
-    T const cy = ellipse.center().y;
-    T const a = ellipse.a();
-    T const b = ellipse.b();
     T const c = std::cos(ellipse.angle());
     T const s = std::sin(ellipse.angle());
-    T const a2 = a * a;
-    T const b2 = b * b;
-    bool const roundish = !(std::fabs(a - b) > static_cast<T>(kEllipseMargin) * std::fabs(a));
+    Cellipse2<T> const turned(ellipse.center(), ellipse.a(), ellipse.b(),
+                              ellipse.angle() + T(0.78539816339744831));
+    EllipseFrame<T> const turnedFrame(turned);
+    T const ct = std::cos(turned.angle());
+    T const st = std::sin(turned.angle());
     for (std::size_t i = 0; i < n; ++i) {
         Cpoint2<T> const& p = points[i];
-        Cpoint2<T> const foot = frame.footPoint(p);
-        T const dx = p.x - cx;
-        T const dy = p.y - cy;
-        T const u = dx * c + dy * s;
-        T const v = dy * c - dx * s;
-        T const fx = foot.x - cx;
-        T const fy = foot.y - cy;
-        T const x = fx * c + fy * s;
-        T const y = fy * c - fx * s;
-        // Fxy and its determinant.
-        T const j11 = b2 * x;
-        T const j12 = a2 * y;
-        T const j21 = -a2 * y - (v - y) * b2;
-        T const j22 = (u - x) * a2 + b2 * x;
-        T const det = j11 * j22 - j12 * j21;
-        // G_p for p = cx, cy, a, b, phi.
-        T const g1[5] = {T(0), T(0), a * (y * y - b2), b * (x * x - a2), T(0)};
-        T const g2[5] = {a2 * y * -c - b2 * x * s, a2 * y * -s - b2 * x * -c,
-                         T(2) * a * (u - x) * y, T(-2) * b * (v - y) * x, a2 * y * v + b2 * x * u};
         T* rowX = design.getRow(2 * i);
         T* rowY = design.getRow(2 * i + 1);
-        for (std::size_t k = 0; k < 5; ++k) {
-            T const ddx = -(g1[k] * j22 - j12 * g2[k]) / det;
-            T const ddy = -(j11 * g2[k] - j21 * g1[k]) / det;
-            rowX[k] = c * ddx - s * ddy;
-            rowY[k] = s * ddx + c * ddy;
-        }
-        rowX[0] += T(1);
-        rowY[1] += T(1);
-        rowX[4] += -s * x - c * y;
-        rowY[4] += c * x - s * y;
-        if (roundish) {
-            rowX[4] = T(0);
-            rowY[4] = T(0);
+        Cpoint2<T> foot;
+        footRows(frame, ellipse, c, s, p, rowX, rowY, foot);
+        if (round) {
+            T diagX[5];
+            T diagY[5];
+            Cpoint2<T> unused;
+            footRows(turnedFrame, turned, ct, st, p, diagX, diagY, unused);
+            rowX[4] = diagX[2];
+            rowY[4] = diagY[2];
         }
         residual(2 * i, 0) = p.x - foot.x;
         residual(2 * i + 1, 0) = p.y - foot.y;
     }
+    return round;
 }
 
 // The start of both fits: the algebraic circle, both semi-axes equal to its radius, angle 0.
@@ -127,11 +144,36 @@ Cellipse2<T> ellipseStart(std::vector<Cpoint2<T>> const& points) {
     return Cellipse2<T>(circle.center(), circle.radius(), circle.radius(), T(0));
 }
 
-// The ellipse after adding the corrections (cx, cy, a, b, phi), normalised.
+// The ellipse after the corrections delta of ellipseSystem's columns, normalised; `step`
+// receives the corrections of (cx, cy, a, b, phi) for the convergence test. For a round
+// ellipse the last three entries of delta are stretches s_a, s_b, s_d along phi, phi + pi/2
+// and phi + pi/4; to first order they change the radius in direction phi + w by
+//     m + A cos(2 w - 2 beta),  m = (s_a + s_b + s_d) / 2,
+//     A = sqrt((s_a - s_b)^2 + s_d^2) / 2,  2 beta = atan2(s_d, s_a - s_b),
+// which is the ellipse with semi-axes a + m + A, b + m - A turned by beta (not turned when
+// A is within the single-precision margin of a + m: a circle has no direction).
 template <typename T>
-Cellipse2<T> correctedEllipse(Cellipse2<T> const& e, Cmatrix<T> const& delta) {
-    return normalisedEllipse(Cpoint2<T>(e.center().x + delta(0, 0), e.center().y + delta(1, 0)),
-                             e.a() + delta(2, 0), e.b() + delta(3, 0), e.angle() + delta(4, 0));
+Cellipse2<T> correctedEllipse(Cellipse2<T> const& e, Cmatrix<T> const& delta, bool round,
+                              T step[5]) {
+    step[0] = delta(0, 0);
+    step[1] = delta(1, 0);
+    if (round) {
+        T const m = (delta(2, 0) + delta(3, 0) + delta(4, 0)) * T(0.5);
+        T const split = delta(2, 0) - delta(3, 0);
+        T const amplitude = T(0.5) * std::sqrt(split * split + delta(4, 0) * delta(4, 0));
+        step[2] = m + amplitude;
+        step[3] = m - amplitude;
+        // A result that is still round has no direction: the angle stays.
+        bool const stillRound =
+            !(amplitude > static_cast<T>(kEllipseMargin) * std::fabs(e.a() + m));
+        step[4] = stillRound ? T(0) : T(0.5) * std::atan2(delta(4, 0), split);
+    } else {
+        step[2] = delta(2, 0);
+        step[3] = delta(3, 0);
+        step[4] = delta(4, 0);
+    }
+    return normalisedEllipse(Cpoint2<T>(e.center().x + step[0], e.center().y + step[1]),
+                             e.a() + step[2], e.b() + step[3], e.angle() + step[4]);
 }
 
 }  // namespace detail
@@ -154,18 +196,19 @@ void approximate<T>::fitEllipseGeom(Points2 const& points, Cellipse2<T>& ellipse
     Cmatrix<T> design;
     Cmatrix<T> residual;
     bool const ok = detail::iterateFit(quality.maxItr, [&]() {
-        detail::ellipseSystem(points, current, design, residual);
+        bool const round = detail::ellipseSystem(points, current, design, residual);
         Cmatrix<T> const designT = design.transp();
         Cmatrix<T> const normal = designT * design;
         Cmatrix<T> const rhs = designT * residual;
         Csolver_svd<T> solver(normal);
         Cmatrix<T> const delta = solver.solve(rhs);
-        current = detail::correctedEllipse(current, delta);
-        return detail::withinTolerance(delta(0, 0), quality.tolX) &&
-               detail::withinTolerance(delta(1, 0), quality.tolX) &&
-               detail::withinTolerance(delta(2, 0), quality.tolA) &&
-               detail::withinTolerance(delta(3, 0), quality.tolB) &&
-               detail::withinTolerance(delta(4, 0), quality.tolAngle);
+        T step[5];
+        current = detail::correctedEllipse(current, delta, round, step);
+        return detail::withinTolerance(step[0], quality.tolX) &&
+               detail::withinTolerance(step[1], quality.tolX) &&
+               detail::withinTolerance(step[2], quality.tolA) &&
+               detail::withinTolerance(step[3], quality.tolB) &&
+               detail::withinTolerance(step[4], quality.tolAngle);
     });
     ellipse = ok ? current : detail::invalidEllipse<T>();
 }
@@ -185,8 +228,9 @@ void approximate<T>::fitEllipseGeom(Points2 const& points, Cellipse2<T>& ellipse
 
 // Levenberg-Marquardt on the same linearisation. Each outer step forms N = J^T J and
 // g = J^T r and the largest |eigenvalue| mu of N (CmatrixCalc::getEigenvalue); the damped
-// system (N + lambda mu I) delta = g (Levenberg's additive damping, made dimensionless by mu)
-// is solved with the singular value decomposition, starting at lambda = 0.01. The trial
+// system (N + lambda D) delta = g with Marquardt's scaling D = diag(N), each entry raised to at
+// least eps_f mu (single-precision margin) so that a vanishing column is damped too, is solved
+// with the singular value decomposition, starting at lambda = 0.01. The trial
 // ellipse (corrections added, |a|, |b|, axis normalisation) is accepted when its StdAbwEllipse
 // is strictly smaller than the current one (lambda *= 0.1, the inner loop ends), otherwise
 // lambda *= 10 and the inner loop goes on while lambda < 10000. quality.lastStdAbw receives the
@@ -208,25 +252,29 @@ void approximate<T>::fitEllipseGeomLM(Points2 const& points, Cellipse2<T>& ellip
     Cmatrix<T> design;
     Cmatrix<T> residual;
     bool const ok = detail::iterateFit(quality.maxItr, [&]() {
-        detail::ellipseSystem(points, current, design, residual);
+        bool const round = detail::ellipseSystem(points, current, design, residual);
         Cmatrix<T> const designT = design.transp();
         Cmatrix<T> const normal = designT * design;
         Cmatrix<T> const rhs = designT * residual;
         Cmatrix<T> spectrum = normal;
         Cmatrix<T> vectors;
         CmatrixCalc<T>::getEigenvalue(spectrum, vectors);
-        T const mu = std::fabs(spectrum(0, 0));
+        T const floor = static_cast<T>(detail::kEllipseMargin) * std::fabs(spectrum(0, 0));
+        T scale[5];
+        for (std::size_t k = 0; k < 5; ++k) {
+            scale[k] = normal(k, k) > floor ? normal(k, k) : floor;
+        }
         T lambda = T(0.01);
-        Cmatrix<T> delta;
+        T step[5];
         bool accepted = false;
         do {
             Cmatrix<T> damped = normal;
             for (std::size_t k = 0; k < 5; ++k) {
-                damped(k, k) += lambda * mu;
+                damped(k, k) += lambda * scale[k];
             }
             Csolver_svd<T> solver(damped);
-            delta = solver.solve(rhs);
-            Cellipse2<T> const trial = detail::correctedEllipse(current, delta);
+            Cmatrix<T> const delta = solver.solve(rhs);
+            Cellipse2<T> const trial = detail::correctedEllipse(current, delta, round, step);
             T const trialDev = StdAbwEllipse(points, trial);
             quality.lastStdAbw = trialDev;
             if (trialDev < currentDev) {
@@ -238,11 +286,11 @@ void approximate<T>::fitEllipseGeomLM(Points2 const& points, Cellipse2<T>& ellip
                 lambda *= T(10);
             }
         } while (!accepted && lambda < T(10000));
-        return detail::withinTolerance(delta(0, 0), quality.tolX) &&
-               detail::withinTolerance(delta(1, 0), quality.tolY) &&
-               detail::withinTolerance(delta(2, 0), quality.tolA) &&
-               detail::withinTolerance(delta(3, 0), quality.tolB) &&
-               detail::withinTolerance(delta(4, 0), quality.tolAngle);
+        return detail::withinTolerance(step[0], quality.tolX) &&
+               detail::withinTolerance(step[1], quality.tolY) &&
+               detail::withinTolerance(step[2], quality.tolA) &&
+               detail::withinTolerance(step[3], quality.tolB) &&
+               detail::withinTolerance(step[4], quality.tolAngle);
     });
     ellipse = ok ? current : detail::invalidEllipse<T>();
 }
