@@ -39,6 +39,9 @@ template <typename T>
 Csolver_le<T>::Csolver_le(Cmatrix<T> const& a) : matrix(a), matrixSet(true), rhsSet(false) {}
 
 template <typename T>
+Csolver_le<T>::Csolver_le(Cmatrix<T>&& a) : matrix(std::move(a)), matrixSet(true), rhsSet(false) {}
+
+template <typename T>
 Csolver_le<T>::Csolver_le(Csolver_le const& other) = default;
 
 template <typename T>
@@ -455,27 +458,49 @@ void Csolver_luDecomp<T>::doCrout() {
         for (std::size_t i = 0; i < n; ++i) {
             col[i] = a[i * n + j];
         }
-        for (std::size_t i = 0; i < j; ++i) {
-            T const* row = a + i * n;
-            T s = col[i];
-            for (std::size_t k = 0; k < i; ++k) {
-                s -= row[k] * col[k];
-            }
-            col[i] = s;
-        }
+        // Rows are taken four at a time: the terms k below the group's first row are
+        // independent of the group and run interleaved; each row then takes its remaining
+        // terms in order and is stored before the next row reads it.
         T big = T(0);
         std::size_t imax = j;
-        for (std::size_t i = j; i < n; ++i) {
-            T const* row = a + i * n;
-            T s = col[i];
-            for (std::size_t k = 0; k < j; ++k) {
-                s -= row[k] * col[k];
+        for (std::size_t i0 = 0; i0 < n; i0 += 4) {
+            std::size_t const rows = n - i0 < 4 ? n - i0 : 4;
+            std::size_t const common = i0 < j ? i0 : j;
+            T s[4];
+            T const* r[4];
+            for (std::size_t t = 0; t < rows; ++t) {
+                s[t] = col[i0 + t];
+                r[t] = a + (i0 + t) * n;
             }
-            col[i] = s;
-            T const q = rowScale[i] * std::fabs(s);
-            if (q >= big) {
-                big = q;
-                imax = i;
+            if (rows == 4) {
+                for (std::size_t k = 0; k < common; ++k) {
+                    T const ck = col[k];
+                    s[0] -= r[0][k] * ck;
+                    s[1] -= r[1][k] * ck;
+                    s[2] -= r[2][k] * ck;
+                    s[3] -= r[3][k] * ck;
+                }
+            } else {
+                for (std::size_t t = 0; t < rows; ++t) {
+                    for (std::size_t k = 0; k < common; ++k) {
+                        s[t] -= r[t][k] * col[k];
+                    }
+                }
+            }
+            for (std::size_t t = 0; t < rows; ++t) {
+                std::size_t const i = i0 + t;
+                std::size_t const kEnd = i < j ? i : j;
+                for (std::size_t k = common; k < kEnd; ++k) {
+                    s[t] -= r[t][k] * col[k];
+                }
+                col[i] = s[t];
+                if (i >= j) {
+                    T const q = rowScale[i] * std::fabs(s[t]);
+                    if (q >= big) {
+                        big = q;
+                        imax = i;
+                    }
+                }
             }
         }
         for (std::size_t i = 0; i < n; ++i) {
@@ -666,6 +691,16 @@ Csolver_svd<T>::Csolver_svd(Cmatrix<T> const& a) : Csolver_le<T>(a) {
 }
 
 template <typename T>
+Csolver_svd<T>::Csolver_svd(Cmatrix<T>&& a) : Csolver_le<T>(std::move(a)) {
+    try {
+        init();
+    } catch (CthrowBase& e) {
+        e.setExInfo(kThisFile, __LINE__);
+        throw;
+    }
+}
+
+template <typename T>
 Csolver_svd<T>::Csolver_svd(Csolver_svd const& other) = default;
 
 template <typename T>
@@ -837,13 +872,24 @@ void Csolver_svd<T>::svd_dcmp() {
                 for (std::size_t j = l; j < n; ++j) {
                     V(j, i) = (A(i, j) / A(i, l)) / g;
                 }
+                // s_j = sum_{k>=l} a_ik v_kj, then v_kj += s_j v_ki, for j >= l; the sums do
+                // not read what the updates write, so they are formed row by row of V (each
+                // still in ascending k) and the updates follow in one pass.
                 for (std::size_t j = l; j < n; ++j) {
-                    T s = T(0);
-                    for (std::size_t k = l; k < n; ++k) {
-                        s += A(i, k) * V(k, j);
+                    acc[j] = T(0);
+                }
+                for (std::size_t k = l; k < n; ++k) {
+                    T const aik = A(i, k);
+                    T const* const vRow = v + k * n;
+                    for (std::size_t j = l; j < n; ++j) {
+                        acc[j] += aik * vRow[j];
                     }
-                    for (std::size_t k = l; k < n; ++k) {
-                        V(k, j) += s * V(k, i);
+                }
+                for (std::size_t k = l; k < n; ++k) {
+                    T* const vRow = v + k * n;
+                    T const vki = vRow[i];
+                    for (std::size_t j = l; j < n; ++j) {
+                        vRow[j] += acc[j] * vki;
                     }
                 }
             }

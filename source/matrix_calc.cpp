@@ -3,7 +3,6 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
-#include <list>
 #include <utility>
 #include <vector>
 
@@ -303,7 +302,8 @@ void CmatrixCalc<T>::sortDiagonal(Cmatrix<T>& a, Cmatrix<T>& s) {
     }
     std::size_t const n = a.m();
     s = Cmatrix<T>(n, n, T(0));
-    std::list<std::pair<T, std::size_t>> entries;
+    std::vector<std::pair<T, std::size_t>> entries;
+    entries.reserve(n);
     for (std::size_t i = 0; i < n; ++i) {
         entries.emplace_back(a(i, i), i);
     }

@@ -196,3 +196,18 @@ TEST(MatrixStorage, AssignCopiesAndOverflowingSizesFailToAllocate) {
 }
 
 }  // namespace
+
+namespace {
+TEST(MatrixStorage, MovedFromMatrixIsEmpty) {
+    math::Cmatrix<double> a(2, 3, 1.0);
+    math::Cmatrix<double> b(std::move(a));
+    EXPECT_EQ(b.m(), 2u);
+    EXPECT_EQ(b(1, 2), 1.0);
+    EXPECT_EQ(a.m(), 0u);  // NOLINT: checking the moved-from state on purpose
+    EXPECT_EQ(a.n(), 0u);
+    EXPECT_EQ(a.size(), 0u);
+    a = std::move(b);
+    EXPECT_EQ(a.n(), 3u);
+    EXPECT_EQ(b.size(), 0u);
+}
+}  // namespace

@@ -115,6 +115,25 @@ public:
     CmatrixBase() = default;
     // m rows, n columns, uninitialised; m · n overflowing 64 bits makes the allocation fail.
     CmatrixBase(std::size_t m, std::size_t n) : Storage(checkedCount(m, n)), m_n(n), m_m(m) {}
+    CmatrixBase(CmatrixBase const&) = default;
+    CmatrixBase& operator=(CmatrixBase const&) = default;
+    // A moved-from matrix is 0 × 0.
+    CmatrixBase(CmatrixBase&& other) noexcept
+        : Storage(static_cast<Storage&&>(other)), m_n(other.m_n), m_m(other.m_m) {
+        other.m_n = 0;
+        other.m_m = 0;
+    }
+    CmatrixBase& operator=(CmatrixBase&& other) noexcept {
+        if (this != &other) {
+            Storage::operator=(static_cast<Storage&&>(other));
+            m_n = other.m_n;
+            m_m = other.m_m;
+            other.m_n = 0;
+            other.m_m = 0;
+        }
+        return *this;
+    }
+    ~CmatrixBase() override = default;
 
     std::size_t size() const { return this->m_count; }
     std::size_t n() const { return m_n; }

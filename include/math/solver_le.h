@@ -24,6 +24,8 @@ public:
     // matrix = a, rhs empty; init is not called here (derived constructors do where needed).
     Csolver_le(Cmatrix<T>& a);
     Csolver_le(Cmatrix<T> const& a);
+    // Takes over the elements of a (no copy); a is left 0 × 0.
+    Csolver_le(Cmatrix<T>&& a);
     Csolver_le(Csolver_le const& other);
     Csolver_le& operator=(Csolver_le const& other);
     virtual ~Csolver_le();
@@ -130,6 +132,8 @@ public:
     Csolver_svd();
     Csolver_svd(Cmatrix<T>& a);
     Csolver_svd(Cmatrix<T> const& a);
+    // Decomposes a in place of a copy: for large least-squares systems built only to be solved.
+    Csolver_svd(Cmatrix<T>&& a);
     Csolver_svd(Csolver_svd const& other);
     Csolver_svd& operator=(Csolver_svd const& other);
     ~Csolver_svd() override;

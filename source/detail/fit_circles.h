@@ -261,6 +261,76 @@ void approximate<T>::fitCircleLsq(Points2 const& points, Ccircle2<T>& circle,
     quality.stdAbw = StdAbwCircle2(points, circle);
 }
 
+// Taubin's algebraic fit (G. Taubin, IEEE PAMI 13(11), 1991; N. Chernov, "Circular and Linear
+// Regression", 2010, section 5.9): a z + b x + c y + d = 0 with z = x^2 + y^2 in coordinates
+// centred on the mean, minimising the algebraic residuals subject to the gradient-weighted
+// normalisation 4 zbar a^2 + b^2 + c^2 = 1. Eliminating d = -a zbar leaves the covariance C of
+// (z, x, y); with S = diag(1 / (2 sqrt(zbar)), 1, 1) the constraint becomes a unit vector, and
+// (a', b, c) is the eigenvector of S C S with the smallest eigenvalue (the last row of
+// getEigenvalue). Unlike fitCircleLsq it is unbiased on short arcs. At least four points;
+// coincident or collinear points, or a non-finite result, give an invalid circle; exceptions of
+// the eigen routine reach the caller.
+template <typename T>
+void approximate<T>::fitCircleLsqBeta(Points2 const& points, Ccircle2<T>& circle) {
+    circle = detail::invalidCircle2<T>();
+    if (points.size() < 4) {
+        return;
+    }
+    T const count = detail::countOf<T>(points);
+    T sx = T(0), sy = T(0);
+    for (Cpoint2<T> const& p : points) {
+        sx += p.x;
+        sy += p.y;
+    }
+    T const mx = sx / count;
+    T const my = sy / count;
+    T sz = T(0);
+    for (Cpoint2<T> const& p : points) {
+        T const u = p.x - mx;
+        T const v = p.y - my;
+        sz += u * u + v * v;
+    }
+    T const zbar = sz / count;
+    if (!(zbar > T(0)) || !std::isfinite(zbar)) {
+        return;
+    }
+    // Covariance of (z, x, y), z centred on zbar.
+    T c[3][3] = {};
+    for (Cpoint2<T> const& p : points) {
+        T const u = p.x - mx;
+        T const v = p.y - my;
+        T const f[3] = {u * u + v * v - zbar, u, v};
+        for (int i = 0; i < 3; ++i) {
+            for (int j = i; j < 3; ++j) {
+                c[i][j] += f[i] * f[j];
+            }
+        }
+    }
+    Cmatrix<T> cov(3, 3);
+    for (std::size_t i = 0; i < 3; ++i) {
+        for (std::size_t j = 0; j < 3; ++j) {
+            cov(i, j) = (i <= j ? c[i][j] : c[j][i]) / count;
+        }
+    }
+    Cmatrix<T> scale(3, 3, T(0));
+    scale(0, 0) = T(1) / (T(2) * std::sqrt(zbar));
+    scale(1, 1) = T(1);
+    scale(2, 2) = T(1);
+    Cmatrix<T> reduced = scale * cov * scale.transp();
+    Cmatrix<T> vectors(3, 3);
+    CmatrixCalc<T>::getEigenvalue(reduced, vectors);
+    T const a = vectors(2, 0) * scale(0, 0);
+    T const b = vectors(2, 1);
+    T const cc = vectors(2, 2);
+    T const d = -a * zbar;
+    T const cx = mx - b / (T(2) * a);
+    T const cy = my - cc / (T(2) * a);
+    T const r = std::sqrt(b * b + cc * cc - T(4) * a * d) / (T(2) * std::fabs(a));
+    if (std::isfinite(cx) && std::isfinite(cy) && std::isfinite(r)) {
+        circle = Ccircle2<T>(Cpoint2<T>(cx, cy), r);
+    }
+}
+
 // Start: centre = mean, radius = RMS distance from it; then the Gauss-Newton iteration with
 // parameters (r, cx, cy) and tolerances (tolR, tolX, tolY). At least three points.
 template <typename T>

@@ -7,6 +7,7 @@
 #include <math/matrix_calc.h>
 
 #include <cmath>
+#include <type_traits>
 
 #include "detail/ellipse_foot.h"
 #include "detail/fit_common.h"
@@ -368,26 +369,31 @@ void approximate<T>::fitPlaneGeomFast(Points3 const& points, Cplane3<T>& plane,
     T const cyy = syy - sy * sy * invN;
     T const cyz = syz - sy * sz * invN;
     T const czz = szz - sz * sz * invN;
-    T const m[3][3] = {{cyy + czz, -cxy, -cxz}, {-cxy, cxx + czz, -cyz}, {-cxz, -cyz, cxx + cyy}};
+    // The passes run in W: double for float too, since the norm after ten multiplications,
+    // about lambda^10, overflows single precision already for a scatter of a few thousand.
+    using W = std::conditional_t<std::is_same_v<T, float>, double, T>;
+    W const m[3][3] = {{W(cyy) + W(czz), -W(cxy), -W(cxz)},
+                       {-W(cxy), W(cxx) + W(czz), -W(cyz)},
+                       {-W(cxz), -W(cyz), W(cxx) + W(cyy)}};
 
     // A pass limit for absurd maxItr values: the vector no longer changes long before.
     constexpr unsigned long long kPassCap = 1000000ULL;
-    T v[3] = {T(1), T(1), T(1)};
-    T previous = T(0);
+    W v[3] = {W(1), W(1), W(1)};
+    W previous = W(0);
     for (unsigned long long counter = 0;; ++counter) {
         for (int k = 0; k < 10; ++k) {
-            T const w0 = m[0][0] * v[0] + m[0][1] * v[1] + m[0][2] * v[2];
-            T const w1 = m[1][0] * v[0] + m[1][1] * v[1] + m[1][2] * v[2];
-            T const w2 = m[2][0] * v[0] + m[2][1] * v[1] + m[2][2] * v[2];
+            W const w0 = m[0][0] * v[0] + m[0][1] * v[1] + m[0][2] * v[2];
+            W const w1 = m[1][0] * v[0] + m[1][1] * v[1] + m[1][2] * v[2];
+            W const w2 = m[2][0] * v[0] + m[2][1] * v[1] + m[2][2] * v[2];
             v[0] = w0;
             v[1] = w1;
             v[2] = w2;
         }
-        T const s = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
+        W const s = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
         v[0] /= s;
         v[1] /= s;
         v[2] /= s;
-        if (std::fabs(s - previous) < quality.tolNorm || counter > quality.maxItr) {
+        if (std::fabs(s - previous) < W(quality.tolNorm) || counter > quality.maxItr) {
             break;
         }
         // A NaN norm cannot recover (and would otherwise run to maxItr): end here.
@@ -396,7 +402,7 @@ void approximate<T>::fitPlaneGeomFast(Points3 const& points, Cplane3<T>& plane,
         }
         previous = s;
     }
-    Cdirec3<T> const normal(v[0], v[1], v[2]);
+    Cdirec3<T> const normal(static_cast<T>(v[0]), static_cast<T>(v[1]), static_cast<T>(v[2]));
     T const mx = sx / count;
     T const my = sy / count;
     T const mz = sz / count;
