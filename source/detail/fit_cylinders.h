@@ -12,6 +12,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "detail/fit_common.h"
@@ -169,29 +170,27 @@ void fitCylinderAxis(std::vector<Cpoint3<T>> const& points, std::uint64_t stride
             Cpoint3<T> e1;
             Cpoint3<T> e2;
             axisFrame(direction, e1, e2);
-            // The design matrix lives only until the decomposition has copied it.
-            Csolver_svd<T> solver = [&]() {
-                Cmatrix<T> design(m, kCols);
-                for (std::size_t k = 0; k < m; ++k) {
-                    Cpoint3<T> const q = pointAt(k) - point;
-                    T const xi = dot(q, e1);
-                    T const eta = dot(q, e2);
-                    T const t = dot(q, direction);
-                    T const d = std::sqrt(xi * xi + eta * eta);
-                    T const gu = xi / d;
-                    T const gv = eta / d;
-                    T* row = design.getRow(k);
-                    row[0] = gu;
-                    row[1] = gv;
-                    row[2] = t * gu;
-                    row[3] = t * gv;
-                    if constexpr (!FixedRadius) {
-                        row[4] = T(1);
-                    }
-                    residual[k] = d - r;
+            Cmatrix<T> design(m, kCols);
+            for (std::size_t k = 0; k < m; ++k) {
+                Cpoint3<T> const q = pointAt(k) - point;
+                T const xi = dot(q, e1);
+                T const eta = dot(q, e2);
+                T const t = dot(q, direction);
+                T const d = std::sqrt(xi * xi + eta * eta);
+                T const gu = xi / d;
+                T const gv = eta / d;
+                T* row = design.getRow(k);
+                row[0] = gu;
+                row[1] = gv;
+                row[2] = t * gu;
+                row[3] = t * gv;
+                if constexpr (!FixedRadius) {
+                    row[4] = T(1);
                 }
-                return Csolver_svd<T>(design);
-            }();
+                residual[k] = d - r;
+            }
+            // Decomposed in place: the design matrix is not needed afterwards.
+            Csolver_svd<T> solver(std::move(design));
             Cmatrix<T> const delta = solver.solve(residual);
             Cpoint3<T> const tilted = direction + e1 * delta(2, 0) + e2 * delta(3, 0);
             Cpoint3<T> renewed = tilted / std::sqrt(dot(tilted, tilted));
