@@ -79,7 +79,7 @@ void axisFrame(Cpoint3<T> const& n, Cpoint3<T>& e1, Cpoint3<T>& e2) {
 }
 
 template <typename T>
-T dot(Cpoint3<T> const& a, Cpoint3<T> const& b) {
+T axisDot(Cpoint3<T> const& a, Cpoint3<T> const& b) {
     return a.x * b.x + a.y * b.y + a.z * b.z;
 }
 
@@ -149,7 +149,7 @@ void fitCylinderAxis(std::vector<Cpoint3<T>> const& points, std::uint64_t stride
 
         // The axis point nearest to the centroid: P + ((c - P).n) n.
         auto footOfCentroid = [&centroid](Cpoint3<T> const& p, Cpoint3<T> const& n) {
-            return p + n * dot(centroid - p, n);
+            return p + n * axisDot(centroid - p, n);
         };
 
         Cpoint3<T> direction = toLocal(cylinder.axis().asPoint(), order);
@@ -173,9 +173,9 @@ void fitCylinderAxis(std::vector<Cpoint3<T>> const& points, std::uint64_t stride
             Cmatrix<T> design(m, kCols);
             for (std::size_t k = 0; k < m; ++k) {
                 Cpoint3<T> const q = pointAt(k) - point;
-                T const xi = dot(q, e1);
-                T const eta = dot(q, e2);
-                T const t = dot(q, direction);
+                T const xi = axisDot(q, e1);
+                T const eta = axisDot(q, e2);
+                T const t = axisDot(q, direction);
                 T const d = std::sqrt(xi * xi + eta * eta);
                 T const gu = xi / d;
                 T const gv = eta / d;
@@ -193,7 +193,7 @@ void fitCylinderAxis(std::vector<Cpoint3<T>> const& points, std::uint64_t stride
             Csolver_svd<T> solver(std::move(design));
             Cmatrix<T> const delta = solver.solve(residual);
             Cpoint3<T> const tilted = direction + e1 * delta(2, 0) + e2 * delta(3, 0);
-            Cpoint3<T> renewed = tilted / std::sqrt(dot(tilted, tilted));
+            Cpoint3<T> renewed = tilted / std::sqrt(axisDot(tilted, tilted));
             if (renewed.z < T(0)) {
                 renewed = -renewed;
             }
