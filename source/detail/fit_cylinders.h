@@ -83,10 +83,10 @@ T axisDot(Cpoint3<T> const& a, Cpoint3<T> const& b) {
     return a.x * b.x + a.y * b.y + a.z * b.z;
 }
 
-// The orthogonal-distance cylinder fit shared by the six workers: Gauss-Newton steps (Shakarji,
-// "Least-squares fitting algorithms of the NIST algorithm testing system", J. Res. NIST 103,
-// 1998, section 3.6), every linear least-squares problem solved by the singular value
-// decomposition.
+// The orthogonal-distance cylinder fit shared by the six workers: Gauss-Newton steps
+// linearised about the current axis (as in Shakarji, "Least-squares fitting algorithms of the
+// NIST algorithm testing system", J. Res. NIST 103, 1998), every linear least-squares problem
+// solved by the singular value decomposition.
 //
 // The work is done in the local coordinates of `order`, whose w axis is the coordinate axis
 // the cylinder axis is referred to. Each step linearises about the current axis in the frame
