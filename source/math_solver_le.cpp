@@ -116,11 +116,11 @@ Cmatrix<T> Csolver_le<T>::invert() {
 
 namespace {
 
-// P = A·X, or an empty matrix when the inner dimensions do not match (the product would read
-// past X's storage).
+// P = A·X with A's column count as the inner length (rows of X beyond it are not read), or an
+// empty matrix when A has more columns than X has rows (the product would read past X).
 template <typename T>
 Cmatrix<T> productOrEmpty(Cmatrix<T> const& a, Cmatrix<T> const& x) {
-    if (a.n() != x.m()) {
+    if (a.n() > x.m()) {
         return Cmatrix<T>();
     }
     return a * x;
@@ -169,17 +169,23 @@ Cmatrix<T> Csolver_le<T>::solveItr(Cmatrix<T> const& a, Cmatrix<T> const& b) {
 }
 
 // sum_i sum_j (B_ij - P_ij)^2 with P = A·X, each element widened to double, the sum in double.
+// P is addressed with its own column count: P_ij is P's storage position i·P.n + j.
 template <typename T>
 T Csolver_le<T>::deviation(Cmatrix<T> const& a, Cmatrix<T> const& x, Cmatrix<T> const& b) {
-    Cmatrix<T> const p = productOrEmpty(a, x);
-    if (b.m() > p.m() || b.n() > p.n()) {
-        // The sum would address elements P does not have.
-        return b.size() == 0 ? T(0) : std::numeric_limits<T>::infinity();
+    if (b.size() == 0) {
+        return T(0);
     }
+    Cmatrix<T> const p = productOrEmpty(a, x);
+    std::size_t const pn = p.n();
+    if ((b.m() - 1) * pn + (b.n() - 1) >= p.size()) {
+        // The sum would address elements past the end of P.
+        return std::numeric_limits<T>::infinity();
+    }
+    T const* const pb = p.getBase();
     double sum = 0.0;
     for (std::size_t i = 0; i < b.m(); ++i) {
         for (std::size_t j = 0; j < b.n(); ++j) {
-            double const d = static_cast<double>(b(i, j)) - static_cast<double>(p(i, j));
+            double const d = static_cast<double>(b(i, j)) - static_cast<double>(pb[i * pn + j]);
             sum += d * d;
         }
     }

@@ -670,8 +670,38 @@ TYPED_TEST(SolverLe, SolveItrTerminationRules) {
     M<T> wrong = make<T>(4, 1, {1, 2, 3, 4});
     M<T> x2 = gj.solveItr(a, wrong);
     EXPECT_FALSE(x2.size() == 0);  // same shape: a solution
-    M<T> aWrong = randomMatrix<T>(4, 3, 8);
-    EXPECT_EQ(gj.solveItr(aWrong, wrong).size(), 0u);  // A·X not formable: empty
+    // A·X (3 × 1 from a 3 × 4 A) of another shape than B: an empty result.
+    EXPECT_EQ(gj.solveItr(randomMatrix<T>(3, 4, 8), wrong).size(), 0u);
+}
+
+// The residual product A·X takes A's column count as its inner length; rows of X beyond it are
+// not read. With a 4 × 3 A, A·X is 4 × 1 like B, so the refinement runs and returns a solution.
+TYPED_TEST(SolverLe, SolveItrResidualUsesColumnsOfA) {
+    using T = TypeParam;
+    M<T> a = randomMatrix<T>(4, 4, 5, 4.0);
+    math::Csolver_GaussJordan<T> gj(a);
+    M<T> b = make<T>(4, 1, {1, 2, 3, 4});
+    M<T> narrow(4, 3);
+    for (std::size_t i = 0; i < 4; ++i)
+        for (std::size_t j = 0; j < 3; ++j) narrow(i, j) = a(i, j);
+    M<T> x = gj.solveItr(narrow, b);
+    EXPECT_EQ(x.m(), 4u);
+    EXPECT_EQ(x.n(), 1u);
+}
+
+// deviation reads P = A·X with P's own column count: B may be wider than P as long as the
+// positions i·P.n + j stay inside P.
+TYPED_TEST(SolverLe, DeviationAddressesProductWithItsColumnCount) {
+    using T = TypeParam;
+    M<T> a = make<T>(4, 4, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
+    M<T> x = make<T>(4, 1, {1, 2, 3, 4});  // P = (1, 2, 3, 4) as a column
+    M<T> b = make<T>(1, 3, {0, 0, 0});     // reads P_0, P_1, P_2
+    EXPECT_EQ(math::Csolver_le<T>().deviation(a, x, b), T(14));
+    M<T> b2 = make<T>(2, 2, {0, 0, 0, 0});  // positions 0, 1 (row 0) and 1, 2 (row 1)
+    EXPECT_EQ(math::Csolver_le<T>().deviation(a, x, b2), T(1 + 4 + 4 + 9));
+    // A narrower than X.m: P = A·X over A's columns only.
+    M<T> narrow = make<T>(1, 2, {1, 1});
+    EXPECT_EQ(math::Csolver_le<T>().deviation(narrow, x, make<T>(1, 1, {0})), T(9));
 }
 
 TYPED_TEST(SolverLe, DeviationIsSumOfSquares) {
