@@ -170,6 +170,25 @@ TYPED_TEST(SolverLe, GaussJordanSingleColumnRowExchangeStaysInStorage) {
     EXPECT_EQ(x(0, 0), T(1));
 }
 
+// The right-hand side's row exchange covers as many elements as rhs has rows, from the start of
+// each row: for a 2 × 3 B only the first two columns move with the rows.
+TYPED_TEST(SolverLe, GaussJordanRowExchangeOfWideRightHandSideStopsAtRowCount) {
+    using T = TypeParam;
+    // Pivot (1, 0) first: rows 0 and 1 are exchanged; A·X = B has X = [[4, 5, 6], [1, 2, 3]].
+    math::Csolver_GaussJordan<T> gj(make<T>(2, 2, {0, 1, 1, 0}));
+    M<T> x = gj.solve(make<T>(2, 3, {1, 2, 3, 4, 5, 6}));
+    EXPECT_EQ(maxDiff(x, make<T>(2, 3, {4, 5, 3, 1, 2, 6})), 0.0);
+}
+
+// For a single column the exchange of rows 1 and 0 swaps b1/b0, then b2/b1 (b3 lies past the
+// end and is left alone): the column is rotated, not just exchanged.
+TYPED_TEST(SolverLe, GaussJordanRowExchangeOfSingleColumnRotates) {
+    using T = TypeParam;
+    math::Csolver_GaussJordan<T> gj(make<T>(3, 3, {0, 1, 0, 2, 0, 0, 0, 0, 1}));
+    M<T> x = gj.solve(std::vector<T>{1, 2, 8});
+    EXPECT_EQ(maxDiff(x, make<T>(3, 1, {1, 8, 1})), 0.0);  // the true solution is (1, 1, 8)
+}
+
 // ---------------------------------------------------------------- LU
 
 TYPED_TEST(SolverLe, LuSolvesSeveralColumnsRepeatably) {
@@ -235,6 +254,19 @@ TYPED_TEST(SolverLe, LuPivotEqualToEpsilonBecomesZero) {
     // Twice epsilon is an ordinary pivot.
     LU<T> two(make<T>(2, 2, {1, 0, 0, 2 * double(eps)}));
     EXPECT_EQ(two.matrix(1, 1), T(2) * eps);
+}
+
+// The forward substitution starts its sums at the first non-zero element of the permuted
+// right-hand side: an infinite multiplier in front of a leading zero does no harm.
+TYPED_TEST(SolverLe, LuForwardPassSkipsLeadingZeros) {
+    using T = TypeParam;
+    LU<T> lu(make<T>(2, 2, {1, 0, 0, 1}));
+    lu.matrix(1, 0) = std::numeric_limits<T>::infinity();
+    M<T> x = lu.solve(std::vector<T>{0, 1});
+    EXPECT_EQ(maxDiff(x, make<T>(2, 1, {0, 1})), 0.0);
+    // With b0 = 1 the sums start at once and the infinite multiplier reaches b1.
+    M<T> y = lu.solve(std::vector<T>{1, 1});
+    EXPECT_TRUE(std::isinf(y(1, 0)));
 }
 
 // Straightforward Crout with implicit pivoting, the scales either kept by row position or
