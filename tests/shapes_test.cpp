@@ -93,6 +93,14 @@ TYPED_TEST(Shapes, Line2HesseNormalForm) {
     Cline2<T>(Cpoint2<T>(T(0), T(-2)), Cdirec2<T>::posX).getHNF(n, dist);
     EXPECT_EQ(dist, T(2));
     EXPECT_EQ(n.y(), T(-1));
+    // |d| <= eps(T) counts as through the origin (inclusive): d = x dy - y dx = eps here.
+    T const eps = std::numeric_limits<T>::epsilon();
+    Cline2<T>(Cpoint2<T>(eps, T(0)), Cdirec2<T>::posY).getHNF(n, dist);
+    EXPECT_EQ(dist, T(0));
+    EXPECT_EQ(n.x(), T(-1));  // (-dy, dx) with dx = 0
+    Cline2<T>(Cpoint2<T>(T(2) * eps, T(0)), Cdirec2<T>::posY).getHNF(n, dist);
+    EXPECT_EQ(dist, T(2) * eps);
+    EXPECT_EQ(n.x(), T(1));  // d > 0: (dy, -dx)
     // NaN: dist NaN, normal invalid.
     Cline2<T>(Cpoint2<T>(nan<T>(), T(0)), Cdirec2<T>::posX).getHNF(n, dist);
     EXPECT_TRUE(std::isnan(dist));

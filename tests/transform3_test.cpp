@@ -171,6 +171,23 @@ TYPED_TEST(Transform3, MatrixToQuaternionHalfTurnBranches) {
     EXPECT_EQ(qxy.w, T(0));
 }
 
+TYPED_TEST(Transform3, MatrixToQuaternionTraceBranchNeedsTracePlusOneAboveEpsilon) {
+    using T = TypeParam;
+    T const eps = std::numeric_limits<T>::epsilon();
+    // diag(1, -1, -1 + k eps) is a rotation within 2^-15 with trace + 1 = k eps exactly.
+    Cmatrix<T> m = matrix3<T>({1, 0, 0, 0, -1, 0, 0, 0, -1});
+    m(2, 2) = T(-1) + eps;
+    // trace + 1 == eps is not above it: the x branch, x = s/4 close to 1.
+    Cquaternion<T> const atEps = math::matrixToQuaternion(m);
+    EXPECT_TRUE(nearAbs(atEps.x, T(1), tol<T>()));
+    EXPECT_EQ(atEps.w, T(0));
+    // trace + 1 == 2 eps: the trace branch, w = sqrt(2 eps)/2 and x = (R21 - R12)/s = 0.
+    m(2, 2) = T(-1) + T(2) * eps;
+    Cquaternion<T> const above = math::matrixToQuaternion(m);
+    EXPECT_EQ(above.x, T(0));
+    EXPECT_EQ(above.w, T(2) * std::sqrt(T(2) * eps) / T(4));
+}
+
 TYPED_TEST(Transform3, MatrixToQuaternionMakesWNonNegativeAndAtMostOne) {
     using T = TypeParam;
     double const e = 1e-5;
@@ -327,6 +344,19 @@ TYPED_TEST(Transform3, ErrorIds) {
             prm.setRotation(matrix3<T>({1, 0, 0, 0, 0, 0, 0, 0, 1}));
         },
         CthrowMath::ERR_TRANS_INV_MATRIX));
+    // A column whose squared length underflows has length exactly 0: id 28, with the
+    // computed scale already stored.
+    T const tiny = std::sqrt(std::numeric_limits<T>::denorm_min());
+    EXPECT_TRUE(expectThrowId<CthrowMath>(
+        [&] {
+            prm.setRotation(matrix3<T>({1, 0, 0, 0, 1, 0, 0, 0, 0}));
+        },
+        CthrowMath::ERR_TRANS_INV_MATRIX));
+    EXPECT_EQ(prm.getScale(), Cpoint3<T>(T(1), T(1), T(0)));
+    Cmatrix<T> underflow = matrix3<T>({1, 0, 0, 0, 1, 0, 0, 0, 0});
+    underflow(2, 2) = tiny / T(4);
+    EXPECT_TRUE(expectThrowId<CthrowMath>([&] { prm.setRotation(underflow); },
+                                          CthrowMath::ERR_TRANS_INV_MATRIX));
     double const h = std::sqrt(0.5);
     EXPECT_TRUE(expectThrowId<CthrowMath>(
         [&] {
@@ -460,6 +490,11 @@ TYPED_TEST(Transform3, ProtectedHelpers) {
     EXPECT_TRUE(prm.equal(T(1.0000005), T(1)));
     EXPECT_FALSE(prm.equal(T(1.000002), T(1)));
     EXPECT_FALSE(prm.equal(T(0.999998), T(1)));
+    // Exactly one accuracy away is outside on either side.
+    T const acc = T(1e-6);
+    EXPECT_FALSE(prm.equal(acc, T(0)));
+    EXPECT_FALSE(prm.equal(-acc, T(0)));
+    EXPECT_TRUE(prm.equal(acc / T(2), T(0)));
     prm.setAccuracy(T(0.01));
     EXPECT_TRUE(prm.equal(T(1.005), T(1)));
     auto const f = prm.getTransFunktor();
