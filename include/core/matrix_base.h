@@ -116,7 +116,21 @@ public:
     // m rows, n columns, uninitialised; m · n overflowing 64 bits makes the allocation fail.
     CmatrixBase(std::size_t m, std::size_t n) : Storage(checkedCount(m, n)), m_n(n), m_m(m) {}
     CmatrixBase(CmatrixBase const&) = default;
-    CmatrixBase& operator=(CmatrixBase const&) = default;
+    // If the allocation fails the matrix is left 0 × 0 (the array is already empty).
+    CmatrixBase& operator=(CmatrixBase const& other) {
+        if (this != &other) {
+            try {
+                Storage::operator=(other);
+            } catch (...) {
+                m_n = 0;
+                m_m = 0;
+                throw;
+            }
+            m_n = other.m_n;
+            m_m = other.m_m;
+        }
+        return *this;
+    }
     // A moved-from matrix is 0 × 0.
     CmatrixBase(CmatrixBase&& other) noexcept
         : Storage(static_cast<Storage&&>(other)), m_n(other.m_n), m_m(other.m_m) {
