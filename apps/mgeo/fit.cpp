@@ -348,7 +348,7 @@ bool fitPlane(std::vector<math::Cpoint3<T>> const& p, FitOptions const& o, FitRe
     auto const nv = vec(plane.normal().asPoint());
     r.params = {
         {"normal", "normal", nv, Kind::direction},
-        {"d", "offset d (n . p + d = 0)", {dd}, Kind::length},
+        {"d", "offset d (n.p + d = 0)", {dd}, Kind::length},
         {"foot", "foot from the origin", {-dd * nv[0], -dd * nv[1], -dd * nv[2]}, Kind::length},
         {"flatness", "flatness (max - min)", {r.maxDev - r.minDev}, Kind::length}};
     return true;
@@ -440,7 +440,7 @@ bool fitEllipse(std::vector<math::Cpoint2<T>> const& p, FitOptions const& o, Fit
                 {"b", "semi-axis b", {b}, Kind::length},
                 {"angle_deg", "angle of axis a to x", {angle}, Kind::angle},
                 {"tilt_deg",
-                 "tilt of a circle seen as this ellipse, acos(b/a)",
+                 "tilt as circle acos(b/a)",
                  {std::acos(std::min(1.0, b / a)) * kDeg},
                  Kind::angle}};
     r.shape.type = Shape2D::Type::ellipse;
@@ -501,7 +501,7 @@ bool fitCylinder(std::vector<math::Cpoint3<T>> const& p, FitOptions const& o, Fi
     std::vector<double> foot(3);
     for (int k = 0; k < 3; ++k) foot[k] = p0[k] + t * axis[k];
     double const rad = double(cyl.radius());
-    r.params = {{"axis_point", "axis point (nearest the centroid)", foot, Kind::length},
+    r.params = {{"axis_point", "axis point near centroid", foot, Kind::length},
                 {"axis", "axis direction", axis, Kind::direction},
                 {"radius", "radius", {rad}, Kind::length},
                 {"diameter", "diameter", {2 * rad}, Kind::length}};

@@ -77,7 +77,7 @@ void printFitText(std::ostream& os, FitResult const& r, std::string const& sourc
     bool const s = r.single;
     auto line = [&os](std::string const& label, std::string const& value) {
         os << "  " << label;
-        for (std::size_t i = label.size(); i < 22; ++i) os << ' ';
+        for (std::size_t i = label.size(); i < 25; ++i) os << ' ';
         os << ' ' << value << '\n';
     };
     os << r.element << " fit: " << r.methodText << ", " << (s ? "single" : "double")
@@ -318,12 +318,22 @@ double writeFitSvg(std::string const& path, PointSet<T> const& pts, FitResult co
     auto sx = [&](double x) { return kMargin + (x - x0) * scale; };
     auto sy = [&](double y) { return kMargin + plotH - (y - y0) * scale; };  // y up
 
-    // Magnification: three standard deviations become about 4 % of the plot's data extent.
-    double spread = 3 * r.stdDev;
+    // Magnification: three robust standard deviations (1.4826 times the median absolute
+    // residual, so that a few outliers do not shrink the whiskers) become about 8 % of the
+    // plot's data extent.
+    double spread = 0;
+    if (!r.residuals.empty()) {
+        std::vector<double> absRes(r.residuals.size());
+        for (std::size_t i = 0; i < absRes.size(); ++i) absRes[i] = std::fabs(r.residuals[i]);
+        auto mid = absRes.begin() + std::ptrdiff_t(absRes.size() / 2);
+        std::nth_element(absRes.begin(), mid, absRes.end());
+        spread = 3 * 1.4826 * *mid;
+    }
+    if (!(spread > 0) || !std::isfinite(spread)) spread = 3 * r.stdDev;
     if (!(spread > 0) || !std::isfinite(spread)) {
         spread = std::max(std::fabs(r.minDev), std::fabs(r.maxDev));
     }
-    double factor = spread > 0 ? niceBelow(0.04 * span / spread) : 1;
+    double factor = spread > 0 ? niceBelow(0.08 * span / spread) : 1;
     if (factor < 1)
         factor = 1;
 
