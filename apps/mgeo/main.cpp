@@ -6,6 +6,8 @@
 #include <math/exceptions.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdlib>
 #include <exception>
 #include <iostream>
 #include <new>
@@ -19,6 +21,22 @@
 namespace {
 
 using namespace mgeo_app;
+
+// Numbers separated by commas ("0.1,-0.2,1"); false on anything else.
+bool parseNumberList(std::string const& text, std::vector<double>& out) {
+    std::size_t pos = 0;
+    while (pos <= text.size()) {
+        std::size_t const end = std::min(text.find(',', pos), text.size());
+        std::string const field = text.substr(pos, end - pos);
+        char* stop = nullptr;
+        double const v = std::strtod(field.c_str(), &stop);
+        if (field.empty() || stop != field.c_str() + field.size())
+            return false;
+        out.push_back(v);
+        pos = end + 1;
+    }
+    return true;
+}
 
 std::string sourceName(std::string const& path) { return path == "-" ? "standard input" : path; }
 
@@ -87,7 +105,6 @@ int main(int argc, char** argv) {
     std::string residualsOut;
     std::string svgOut;
     double radius = 0;
-    std::vector<double> normal;
     double tol = 0;
     CLI::App* fit = app.add_subcommand("fit", "fit an element to points");
     fit->add_option("element", fitOpt.element,
@@ -98,11 +115,10 @@ int main(int argc, char** argv) {
                     "geom (default), lsq (line2, circle, sphere), lm (ellipse), fast (plane)");
     CLI::Option* radiusOpt =
         fit->add_option("--radius", radius, "fixed radius (circle, circle3, sphere, cylinder)");
-    CLI::Option* normalOpt = fit->add_option("--normal", normal,
-                                             "circle3: the circle's normal nx,ny,nz (default: "
-                                             "normal of a plane fit)")
-                                 ->delimiter(',')
-                                 ->expected(3);
+    std::string normalText;
+    CLI::Option* normalOpt =
+        fit->add_option("--normal", normalText,
+                        "circle3: the circle's normal nx,ny,nz (default: normal of a plane fit)");
     fit->add_option("--max-iter", fitOpt.maxIter, "iteration limit (default 100)");
     CLI::Option* tolOpt = fit->add_option(
         "--tol", tol,
@@ -167,8 +183,14 @@ int main(int argc, char** argv) {
         if (*fit) {
             if (*radiusOpt)
                 fitOpt.radius = radius;
-            if (*normalOpt)
+            if (*normalOpt) {
+                std::vector<double> normal;
+                if (!parseNumberList(normalText, normal)) {
+                    std::cerr << "mgeo fit: --normal needs three numbers nx,ny,nz\n";
+                    return 1;
+                }
                 fitOpt.normal = normal;
+            }
             if (*tolOpt)
                 fitOpt.tol = tol;
             std::string const bad = checkFitOptions(fitOpt);

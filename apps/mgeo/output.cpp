@@ -329,7 +329,8 @@ double writeFitSvg(std::string const& path, PointSet<T> const& pts, FitResult co
         std::nth_element(absRes.begin(), mid, absRes.end());
         spread = 3 * 1.4826 * *mid;
     }
-    if (!(spread > 0) || !std::isfinite(spread)) spread = 3 * r.stdDev;
+    if (!(spread > 0) || !std::isfinite(spread))
+        spread = 3 * r.stdDev;
     if (!(spread > 0) || !std::isfinite(spread)) {
         spread = std::max(std::fabs(r.minDev), std::fabs(r.maxDev));
     }

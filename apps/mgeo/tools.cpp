@@ -288,9 +288,11 @@ int transform2(std::string const& srcFile, std::string const& dstFile, bool affi
         std::cout << "  rotation             " << num(rotX, s) << " deg\n"
                   << "  scale                " << num(sx, s) << '\n';
     }
-    std::cout << "  x' = " << num(m.tx, s) << " + " << num(m.m00, s) << " x + " << num(m.m01, s)
-              << " y\n  y' = " << num(m.ty, s) << " + " << num(m.m10, s) << " x + " << num(m.m11, s)
-              << " y\n";
+    auto term = [s](double v, char const* name) {
+        return std::string(v < 0 ? " - " : " + ") + num(std::fabs(v), s) + name;
+    };
+    std::cout << "  x' = " << num(m.tx, s) << term(m.m00, " x") << term(m.m01, " y") << '\n'
+              << "  y' = " << num(m.ty, s) << term(m.m10, " x") << term(m.m11, " y") << '\n';
     std::cout << "  residuals (mapped source - destination):\n";
     for (std::size_t i = 0; i < src.size(); ++i) {
         std::cout << "    " << i + 1 << "  " << num(res[2 * i], s) << "  " << num(res[2 * i + 1], s)
