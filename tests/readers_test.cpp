@@ -309,4 +309,58 @@ TYPED_TEST(Readers, FilesAreReadAndMissingFilesReported) {
     EXPECT_NE(dir.find("is a directory"), std::string::npos) << dir;
 }
 
+// Random byte changes, insertions and cuts of valid inputs: every result is either a point set
+// of the declared dimension with finite coordinates or a ReadError, never a crash or a hang
+// (the sanitizer build runs this too).
+TYPED_TEST(Readers, MutatedInputsParseOrThrowReadError) {
+    using T = TypeParam;
+    std::string rec;
+    for (int i = 0; i < 20; ++i) {
+        append(rec, float(i));
+        append(rec, double(-i));
+        append(rec, float(2 * i));
+    }
+    std::vector<std::string> const seeds = {
+        "x,y\n1 2\n3;4\n# c\n5\t6\n\n7 8\n",
+        "1 2 3\n4 5 6\n7 8 9\n",
+        "ply\nformat ascii 1.0\nelement vertex 2\nproperty float x\nproperty float y\n"
+        "property list uchar int l\nproperty float z\nend_header\n1 2 2 5 6 3\n4 5 0 6\n",
+        plyBinary("property float x\nproperty double y\nproperty float z\n", 20, rec),
+    };
+    mgeo_test::Noise rnd(11);
+    char const alphabet[] = "0123456789 .,;#\n\t-+eE\rnaxyzply\xff";
+    for (std::string const& seed : seeds) {
+        for (int trial = 0; trial < 400; ++trial) {
+            std::string s = seed;
+            int const edits = 1 + int(rnd.unit() * 4);
+            for (int e = 0; e < edits && !s.empty(); ++e) {
+                std::size_t const at = std::size_t(rnd.unit() * double(s.size()));
+                char const c = alphabet[std::size_t(rnd.unit() * (sizeof alphabet - 1))];
+                switch (int(rnd.unit() * 3)) {
+                    case 0:
+                        s[at] = c;
+                        break;
+                    case 1:
+                        s.insert(at, 1, c);
+                        break;
+                    default:
+                        s.resize(at);
+                        break;
+                }
+            }
+            try {
+                auto const set = parsePoints<T>(s, "m");
+                ASSERT_TRUE(set.dim == 2 || set.dim == 3);
+                ASSERT_GT(set.size(), 0u);
+                for (auto const& p : set.p2) ASSERT_TRUE(std::isfinite(p.x) && std::isfinite(p.y));
+                for (auto const& p : set.p3) {
+                    ASSERT_TRUE(std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z));
+                }
+            } catch (ReadError const& e) {
+                ASSERT_EQ(std::string(e.what()).rfind("m:", 0), 0u) << e.what();
+            }
+        }
+    }
+}
+
 }  // namespace

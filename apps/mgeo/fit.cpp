@@ -370,6 +370,10 @@ bool fitSphere(std::vector<math::Cpoint3<T>> const& p, FitOptions const& o, FitR
         math::CqSphereLsqStdAbw<T> q{};
         A::fitSphereLsq(p, sphere, q);
         r.stdDev = double(q.stdAbw);
+        // The algebraic fit may return the radius with a negative sign (it takes no absolute
+        // value); the sphere is the same, and the signed distances need the positive radius.
+        if (sphere.radius() < T(0))
+            sphere = math::Csphere3<T>(sphere.center(), -sphere.radius());
     } else {
         r.methodText = "geometric (orthogonal distance) fit, Gauss-Newton";
         math::CqSphereGeomStdAbw<T> q{r.maxIter, tol, tol, tol, tol, T(0)};
@@ -568,6 +572,11 @@ FitResult runFit(PointSet<T> const& pts, FitOptions const& opt) {
     double const diag = diagonal(pts);
     r.tol = opt.tol ? *opt.tol : rel * std::max(diag, 1e-30);
     r.tolAngle = rel;
+    if (opt.element == "plane" && opt.method == "fast") {
+        // The power iteration's tolerance is on the change of a norm, not a length: without
+        // --tol it runs its full count of passes.
+        r.tol = opt.tol ? *opt.tol : 0.0;
+    }
     if (opt.element == "cylinder" && !opt.tol) {
         // One tolerance for positions and direction components alike.
         r.tol = rel * std::max(diag, 1.0);

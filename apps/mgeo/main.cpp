@@ -4,6 +4,7 @@
 // Exit status: 0 done; 1 bad command line or bad input file (the message names the file and
 // line); 2 the computation gave no result (a fit that did not converge, too few points).
 #include <math/exceptions.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -43,6 +44,9 @@ std::string sourceName(std::string const& path) { return path == "-" ? "standard
 template <typename T>
 int fitCommand(FitOptions const& opt, std::string const& file, bool json,
                std::string const& residualsOut, std::string const& svgOut) {
+    if (file == "-" && ::isatty(STDIN_FILENO)) {
+        std::cerr << "mgeo fit: reading points from standard input (end with Ctrl-D)\n";
+    }
     PointSet<T> const pts = readPoints<T>(file, true);
     int const dim = elementDim(opt.element);
     if (pts.dim != dim) {

@@ -93,6 +93,11 @@ int mask(std::string const& file, long long width, long long height, std::string
         std::cerr << "mgeo mask: --width and --height must lie in 1 .. " << kMaxSide << '\n';
         return 1;
     }
+    constexpr long long kMaxPixels = 1LL << 28;
+    if (width * height > kMaxPixels) {
+        std::cerr << "mgeo mask: at most " << kMaxPixels << " pixels (width x height)\n";
+        return 1;
+    }
     auto const polys = readPolygons<T>(file);
     math::CpntN2<T> contours;
     for (auto const& p : polys) contours.push_back(p);
