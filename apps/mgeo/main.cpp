@@ -123,7 +123,8 @@ int main(int argc, char** argv) {
     CLI::Option* normalOpt =
         fit->add_option("--normal", normalText,
                         "circle3: the circle's normal nx,ny,nz (default: normal of a plane fit)");
-    fit->add_option("--max-iter", fitOpt.maxIter, "iteration limit (default 100)");
+    long long maxIter = 100;
+    fit->add_option("--max-iter", maxIter, "iteration limit, at least 1 (default 100)");
     CLI::Option* tolOpt = fit->add_option(
         "--tol", tol,
         "convergence tolerance of every parameter correction (default: 1e-9 of the points' "
@@ -185,6 +186,11 @@ int main(int argc, char** argv) {
 
     try {
         if (*fit) {
+            if (maxIter < 1) {
+                std::cerr << "mgeo fit: --max-iter must be at least 1\n";
+                return 1;
+            }
+            fitOpt.maxIter = static_cast<unsigned long long>(maxIter);
             if (*radiusOpt)
                 fitOpt.radius = radius;
             if (*normalOpt) {
