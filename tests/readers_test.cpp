@@ -76,6 +76,16 @@ TYPED_TEST(Readers, TextDelimitersCommentsAndHeader) {
     }
 }
 
+TYPED_TEST(Readers, ByteOrderMarkIsSkipped) {
+    using T = TypeParam;
+    auto const s = parsePoints<T>(
+        "\xEF\xBB\xBF"
+        "1 2\n3 4\n",
+        "in.txt");
+    ASSERT_EQ(s.p2.size(), 2u);
+    EXPECT_EQ(s.p2[0], math::Cpoint2<T>(T(1), T(2)));
+}
+
 TYPED_TEST(Readers, ThreeColumnsAndLastLineWithoutNewline) {
     using T = TypeParam;
     auto const s = parsePoints<T>("1 2 3\n4;5;6", "in.txt");

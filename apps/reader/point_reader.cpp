@@ -153,7 +153,8 @@ void splitNumbers(std::string_view line, Fields& f) {
 template <typename OnRow, typename OnBlank>
 void scanText(std::string_view data, std::string const& name, ProgressFn const& progress,
               OnRow&& onRow, OnBlank&& onBlank) {
-    std::size_t pos = 0;
+    // A UTF-8 byte order mark (written by some spreadsheet programs) is no part of the data.
+    std::size_t pos = data.substr(0, 3) == "\xEF\xBB\xBF" ? 3 : 0;
     std::uint64_t lineNo = 0;
     bool seenContent = false;
     std::uint64_t const total = data.size();
