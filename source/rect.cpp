@@ -262,20 +262,25 @@ void CboundingBox2<T>::setRange(It first, It last) {
         m_maxX = detail::unsetValue<T>();
         return;
     }
-    // The largest finite double converted to T: DBL_MAX for double; the conversion to float
-    // rounds to +infinity; for int (where it would overflow) INT_MAX.
+    // The largest finite double converted to T, and its negative: +-DBL_MAX for double; the
+    // conversion to float rounds to +-infinity; for int (where it would overflow) INT_MAX and
+    // INT_MIN, so that a point at INT_MIN still raises the maximum.
     T big;
+    T small;
     if constexpr (std::is_same_v<T, double>) {
         big = DBL_MAX;
+        small = -big;
     } else if constexpr (std::is_floating_point_v<T>) {
         big = std::numeric_limits<T>::infinity();
+        small = -big;
     } else {
         big = std::numeric_limits<T>::max();
+        small = std::numeric_limits<T>::lowest();
     }
     m_minX = big;
     m_minY = big;
-    m_maxX = -big;
-    m_maxY = -big;
+    m_maxX = small;
+    m_maxY = small;
     for (It it = first; it != last; ++it) {
         T const x = it->x;
         T const y = it->y;

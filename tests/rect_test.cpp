@@ -219,6 +219,14 @@ TYPED_TEST(BoundingBox, ExtentsOfVectorAndList) {
     EXPECT_EQ(box.maxY(), T(8));
     EXPECT_TRUE(box.isInside(P(T(7), T(8))));
     EXPECT_FALSE(box.isInside(P(T(8), T(8))));
+
+    // Also at the lowest value of T.
+    T const lowest = std::numeric_limits<T>::lowest();
+    box.set(std::vector<P>{P(lowest, lowest)});
+    EXPECT_EQ(box.minX(), lowest);
+    EXPECT_EQ(box.maxX(), lowest);
+    EXPECT_EQ(box.minY(), lowest);
+    EXPECT_EQ(box.maxY(), lowest);
 }
 
 TYPED_TEST(BoundingBox, NaNPointAndEmptyInput) {
