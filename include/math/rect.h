@@ -18,6 +18,9 @@ namespace math {
 //
 // Default construction: all four fields 0 for int; the unset value (quiet NaN) for float and
 // double, so such a rectangle is invalid.
+//
+// int: sums, differences and products of coordinates wrap modulo 2^32 where they would leave
+// the int range (no undefined behaviour); center() is exact for every int rectangle.
 template <typename T>
 class Crect2 {
 public:
