@@ -509,11 +509,8 @@ void Cpolygon2<T>::preprocess() {
         return;
     }
     optimize(true);
-    if (m_vertices.size() < 3) {
-        // Only reachable through rounding (non-transitive collinearity); nothing to enclose.
-        m_type = degenerated;
-        return;
-    }
+    // Should rounding leave fewer than 3 vertices (non-transitive collinearity), the edges
+    // left touch fewer than two others: not simple, type 7.
     if (!isSimple()) {
         m_type = selfIntersecting;
         return;

@@ -439,6 +439,33 @@ TYPED_TEST(Polygon, NonFiniteInputIsSafe) {
     }
 }
 
+// Three points whose only non-zero cross product is the one at the start vertex: the
+// polygon is not degenerate, but the clean-up drops both other vertices. The single remaining
+// edge touches no other edge, so the polygon is not simple.
+TYPED_TEST(Polygon, CleanUpDownToOneVertexIsNotSimple) {
+    using T = TypeParam;
+    std::vector<P<T>> v;
+    if constexpr (std::is_same_v<T, float>) {
+        v = {P<T>(0.089453190565109253f, 0.55617892742156982f),
+             P<T>(3.3689558506011963f, 0.022725403308868408f),
+             P<T>(2.6649010181427002f, 0.13724902272224426f)};
+    } else {
+        v = {P<T>(0.67271765639350001, 0.11254668994698168),
+             P<T>(3.1043249245211864, -1.8273020602902823),
+             P<T>(2.038666034490197, -0.97715775734222377)};
+    }
+    Access<T> probe(v);
+    ASSERT_FALSE(probe.isDegenerated());
+    probe.optimize(true);
+    ASSERT_EQ(probe.size(), 1u);
+
+    Poly<T> poly(v);
+    poly.preprocess();
+    EXPECT_EQ(poly.type(), Poly<T>::selfIntersecting);
+    EXPECT_EQ(poly.size(), 1u);
+    EXPECT_FALSE(poly.pointIsIn(v[0]));
+}
+
 TYPED_TEST(Polygon, ContourPolyIsSimpleThroughAllPoints) {
     using T = TypeParam;
     mgeo_test::Noise rnd(17);

@@ -103,8 +103,8 @@ public:
     //  1. type = 1; at most 2 vertices: stop;
     //  2. isDegenerated(): type 2, stop;
     //  3. optimize(true) (start at the lowest-x vertex, collinear vertices dropped,
-    //     counter-clockwise); should rounding leave fewer than 3 vertices: type 2, stop;
-    //  4. not isSimple(): type 7, stop;
+    //     counter-clockwise);
+    //  4. not isSimple(): type 7, stop (also when rounding left fewer than 3 vertices);
     //  5. testRect(): type 3, stop. The rectangle test runs while the type is 1, so it sees a
     //     NaN bounding rectangle and fails: rectangles are classified as convex;
     //  6. not isConvex(): type 6, stop;
