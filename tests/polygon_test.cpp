@@ -87,8 +87,10 @@ bool onBoundary(std::vector<P<T>> const& v, double px, double py) {
 }
 
 // The documented simplicity rule without pruning: every edge touches exactly two others.
-int ccwRef(double x0, double y0, double x1, double y1, double x2, double y2) {
-    double const dx1 = x1 - x0, dy1 = y1 - y0, dx2 = x2 - x0, dy2 = y2 - y0;
+// Evaluated in T, as the polygon does (overflow and NaN included).
+template <typename T>
+int ccwRef(T x0, T y0, T x1, T y1, T x2, T y2) {
+    T const dx1 = x1 - x0, dy1 = y1 - y0, dx2 = x2 - x0, dy2 = y2 - y0;
     if (dx1 * dy2 > dy1 * dx2)
         return 1;
     if (dx1 * dy2 < dy1 * dx2)
@@ -402,6 +404,31 @@ TYPED_TEST(Polygon, SimplicityWithPruningMatchesBruteForce) {
     }
     EXPECT_GT(simpleCount, 100);
     EXPECT_LT(simpleCount, 380);
+}
+
+// Edges with infinite or huge coordinates, whose orientation products overflow, are compared
+// with every other edge as the rule demands, not only with their x-neighbours.
+TYPED_TEST(Polygon, SimplicityWithOverflowingCoordinatesMatchesBruteForce) {
+    using T = TypeParam;
+    T const inf = std::numeric_limits<T>::infinity();
+    T const huge = std::numeric_limits<T>::max() / T(4);
+    T const wild[] = {inf, -inf, huge, -huge};
+    int nonSimple = 0;
+    for (int round = 0; round < 200; ++round) {
+        std::size_t const n = 5 + std::size_t(round % 7);
+        std::vector<P<T>> v = starPolygon<T>(n, 0, 0, 1, 6, std::uint64_t(round + 1000));
+        T const w = wild[round % 4];
+        if ((round / 4) % 2 == 0) {
+            v[std::size_t(round) % n].x = w;
+        } else {
+            v[std::size_t(round) % n].y = w;
+        }
+        Access<T> poly(v);
+        bool const expected = simpleBruteForce(v);
+        EXPECT_EQ(poly.isSimple(), expected) << "round " << round;
+        nonSimple += expected ? 0 : 1;
+    }
+    EXPECT_GT(nonSimple, 0);
 }
 
 TYPED_TEST(Polygon, LargePolygonsClassify) {
