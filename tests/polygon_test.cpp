@@ -595,7 +595,18 @@ TYPED_TEST(Polygon, MinimumEnclosingRectangle) {
         EXPECT_TRUE(mgeo_test::nearRel(double(Poly<T>(mer).area()), best, 1e-4));
     }
 
+    // Equal areas: the first hull edge from the lowest-x (then lowest-y) vertex wins, corners
+    // counter-clockwise from that edge's start.
+    EXPECT_EQ(
+        Poly<T>(pts<T>({{4, 0}, {4, 4}, {2, 2}, {0, 4}, {0, 0}, {1, 3}})).minimumEnclosingRect(),
+        (pts<T>({{0, 0}, {4, 0}, {4, 4}, {0, 4}})));
+    EXPECT_EQ(Poly<T>(pts<T>({{2, 1}, {0, 1}, {1, 0}, {1, 2}})).minimumEnclosingRect().size(), 4u);
+
     // Degenerate sets.
+    EXPECT_EQ(Poly<T>(pts<T>({{3, 1}, {3, 1}, {3, 1}})).minimumEnclosingRect(),
+              (pts<T>({{3, 1}, {3, 1}, {3, 1}, {3, 1}})));
+    EXPECT_EQ(Poly<T>(pts<T>({{2, 5}, {0, 1}})).minimumEnclosingRect(),
+              (pts<T>({{0, 1}, {2, 5}, {2, 5}, {0, 1}})));
     std::vector<P<T>> const seg = Poly<T>(pts<T>({{0, 0}, {2, 2}, {1, 1}})).minimumEnclosingRect();
     EXPECT_EQ(seg, (pts<T>({{0, 0}, {2, 2}, {2, 2}, {0, 0}})));
     EXPECT_TRUE(Poly<T>().minimumEnclosingRect().empty());
