@@ -808,6 +808,10 @@ std::vector<Cpoint2<T>> Cpolygon2<T>::minimumEnclosingRect() const {
             pts.push_back({static_cast<double>(p.x), static_cast<double>(p.y)});
         }
     }
+    // Andrew's monotone chain rather than the Graham scan of CcvxHull2D or convexPoly: its
+    // lexicographic sort is exact, so the extreme points always stay on the hull, whereas an
+    // angular sort about a pivot is rounding noise for nearly collinear points and can drop a
+    // far extreme point; the rectangle would then miss it.
     std::vector<Pt2d> const h = detail::monotoneChainHull(pts);
     auto const toT = [](Pt2d const& p) {
         return Cpoint2<T>(static_cast<T>(p.x), static_cast<T>(p.y));

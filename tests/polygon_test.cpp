@@ -602,6 +602,36 @@ TYPED_TEST(Polygon, MinimumEnclosingRectangle) {
         (pts<T>({{0, 0}, {4, 0}, {4, 4}, {0, 4}})));
     EXPECT_EQ(Poly<T>(pts<T>({{2, 1}, {0, 1}, {1, 0}, {1, 2}})).minimumEnclosingRect().size(), 4u);
 
+    // Nearly collinear points, where orientation tests about one pivot are mostly rounding
+    // noise: the rectangle still reaches both extreme points (an angular-sort hull in double
+    // loses the point at x = 799128 here).
+    if constexpr (std::is_same_v<T, double>) {
+        std::vector<P<T>> const thin{
+            {-458296.84811816254, -299.83312154075486}, {406180.19939694117, 263.91758398977123},
+            {-132140.95543778304, -87.137347673733842}, {799128.20420593733, 520.17044296925008},
+            {338730.74153302138, 219.93182454394633},   {-440636.72285092616, -288.31643858453322},
+            {-677510.66684584285, -442.78884873443894}, {569632.60267414001, 370.50966521743504},
+            {-712242.5950289435, -465.43855247607178}};
+        std::vector<P<T>> const t = Poly<T>(thin).minimumEnclosingRect();
+        ASSERT_EQ(t.size(), 4u);
+        // Long side e from t[0], short side f; every point within both, up to 1e-9 |e|.
+        double ex = t[1].x - t[0].x, ey = t[1].y - t[0].y, fx = t[3].x - t[0].x,
+               fy = t[3].y - t[0].y;
+        if (ex * ex + ey * ey < fx * fx + fy * fy) {
+            std::swap(ex, fx);
+            std::swap(ey, fy);
+        }
+        double const le = std::sqrt(ex * ex + ey * ey);
+        double const lf = std::sqrt(fx * fx + fy * fy);
+        for (P<T> const& q : thin) {
+            double const wx = q.x - t[0].x, wy = q.y - t[0].y;
+            double const u = (wx * ex + wy * ey) / le;
+            EXPECT_GE(u, -1e-9 * le) << q;
+            EXPECT_LE(u, le + 1e-9 * le) << q;
+            EXPECT_LE(std::fabs(wx * ey - wy * ex) / le, lf + 1e-9 * le) << q;
+        }
+    }
+
     // Degenerate sets.
     EXPECT_EQ(Poly<T>(pts<T>({{3, 1}, {3, 1}, {3, 1}})).minimumEnclosingRect(),
               (pts<T>({{3, 1}, {3, 1}, {3, 1}, {3, 1}})));
