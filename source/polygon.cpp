@@ -352,21 +352,29 @@ bool Cpolygon2<T>::isSimple() const {
         T maxY;
         std::size_t index;
     };
+    // Below this magnitude no product or sum inside ccw overflows (8 limit^2 < max), so
+    // segments whose extents are disjoint are really apart.
+    T const limit = std::sqrt(std::numeric_limits<T>::max()) / T(4);
+    auto const tame = [limit](Cpoint2<T> const& p) {
+        return std::fabs(p.x) < limit && std::fabs(p.y) < limit;  // false for NaN
+    };
     std::vector<Edge> edges;
-    std::vector<std::size_t> nanEdges;
+    std::vector<std::size_t> wildEdges;
     edges.reserve(n);
     for (std::size_t i = 0; i < n; ++i) {
         Cpoint2<T> const& a = m_vertices[i];
         Cpoint2<T> const& b = m_vertices[(i + 1) % n];
-        if (a.x != a.x || a.y != a.y || b.x != b.x || b.y != b.y) {
-            nanEdges.push_back(i);
+        if (!tame(a) || !tame(b)) {
+            wildEdges.push_back(i);
         } else {
             edges.push_back({std::min(a.x, b.x), std::max(a.x, b.x), std::min(a.y, b.y),
                              std::max(a.y, b.y), i});
         }
     }
-    // Edges containing NaN cannot be ordered by x: test them against every other edge.
-    for (std::size_t i : nanEdges) {
+    // Edges with NaN cannot be ordered by x, and with infinite or huge coordinates the
+    // orientation products overflow (NaN counts as touching): test them against every other
+    // edge.
+    for (std::size_t i : wildEdges) {
         for (std::size_t j = 0; j < n; ++j) {
             if (j != i && !adjacent(i, j) && touch(i, j)) {
                 return false;
@@ -509,11 +517,8 @@ void Cpolygon2<T>::preprocess() {
         return;
     }
     optimize(true);
-    if (m_vertices.size() < 3) {
-        // Only reachable through rounding (non-transitive collinearity); nothing to enclose.
-        m_type = degenerated;
-        return;
-    }
+    // Should rounding leave fewer than 3 vertices (non-transitive collinearity), the edges
+    // left touch fewer than two others: not simple, type 7.
     if (!isSimple()) {
         m_type = selfIntersecting;
         return;
@@ -803,6 +808,10 @@ std::vector<Cpoint2<T>> Cpolygon2<T>::minimumEnclosingRect() const {
             pts.push_back({static_cast<double>(p.x), static_cast<double>(p.y)});
         }
     }
+    // Andrew's monotone chain rather than the Graham scan of CcvxHull2D or convexPoly: its
+    // lexicographic sort is exact, so the extreme points always stay on the hull, whereas an
+    // angular sort about a pivot is rounding noise for nearly collinear points and can drop a
+    // far extreme point; the rectangle would then miss it.
     std::vector<Pt2d> const h = detail::monotoneChainHull(pts);
     auto const toT = [](Pt2d const& p) {
         return Cpoint2<T>(static_cast<T>(p.x), static_cast<T>(p.y));

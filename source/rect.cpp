@@ -27,6 +27,37 @@ bool isNaN(T v) {
     return v != v;
 }
 
+// a + b, a - b, a * b. For int they are taken modulo 2^32 (unsigned arithmetic), so
+// coordinates near the ends of the range wrap instead of overflowing; below that the results
+// are the plain ones.
+template <typename T>
+T plus(T a, T b) {
+    if constexpr (std::is_integral_v<T>) {
+        using U = std::make_unsigned_t<T>;
+        return static_cast<T>(static_cast<U>(a) + static_cast<U>(b));
+    } else {
+        return a + b;
+    }
+}
+template <typename T>
+T minus(T a, T b) {
+    if constexpr (std::is_integral_v<T>) {
+        using U = std::make_unsigned_t<T>;
+        return static_cast<T>(static_cast<U>(a) - static_cast<U>(b));
+    } else {
+        return a - b;
+    }
+}
+template <typename T>
+T times(T a, T b) {
+    if constexpr (std::is_integral_v<T>) {
+        using U = std::make_unsigned_t<T>;
+        return static_cast<T>(static_cast<U>(a) * static_cast<U>(b));
+    } else {
+        return a * b;
+    }
+}
+
 }  // namespace
 
 // ---------------------------------------------------------------------------------------------
@@ -40,7 +71,8 @@ Crect2<T>::Crect2()
       m_bottom(detail::unsetValue<T>()) {}
 
 template <typename T>
-Crect2<T>::Crect2(T x, T y, T w, T h) : m_left(x), m_top(y), m_right(x + w), m_bottom(y + h) {}
+Crect2<T>::Crect2(T x, T y, T w, T h)
+    : m_left(x), m_top(y), m_right(plus(x, w)), m_bottom(plus(y, h)) {}
 
 template <typename T>
 Crect2<T>::Crect2(Cpoint2<T> const& p, T w, T h) : Crect2(p.x, p.y, w, h) {}
@@ -61,55 +93,61 @@ Cpoint2<T> Crect2<T>::bottomLeft() const {
 
 template <typename T>
 T Crect2<T>::width() const {
-    return m_right - m_left;
+    return minus(m_right, m_left);
 }
 
 template <typename T>
 T Crect2<T>::height() const {
-    return m_bottom - m_top;
+    return minus(m_bottom, m_top);
 }
 
 template <typename T>
 void Crect2<T>::setWidth(T w) {
-    m_right = m_left + w;
+    m_right = plus(m_left, w);
 }
 
 template <typename T>
 void Crect2<T>::setHeight(T h) {
-    m_bottom = m_top + h;
+    m_bottom = plus(m_top, h);
 }
 
 template <typename T>
 Cpoint2<T> Crect2<T>::center() const {
-    // For int, '/' truncates toward zero: (-3 + 0) / 2 = -1.
-    return Cpoint2<T>((m_left + m_right) / T(2), (m_top + m_bottom) / T(2));
+    if constexpr (std::is_integral_v<T>) {
+        // The sums in 64 bits (they cannot overflow there); '/' truncates toward zero:
+        // (-3 + 0) / 2 = -1. The half sum always fits in int again.
+        return Cpoint2<T>(static_cast<T>((static_cast<long long>(m_left) + m_right) / 2),
+                          static_cast<T>((static_cast<long long>(m_top) + m_bottom) / 2));
+    } else {
+        return Cpoint2<T>((m_left + m_right) / T(2), (m_top + m_bottom) / T(2));
+    }
 }
 
 template <typename T>
 void Crect2<T>::setCenter(Cpoint2<T> const& c) {
     Cpoint2<T> const m = center();
-    T const dx = c.x - m.x;
-    T const dy = c.y - m.y;
-    m_left += dx;
-    m_right += dx;
-    m_top += dy;
-    m_bottom += dy;
+    T const dx = minus(c.x, m.x);
+    T const dy = minus(c.y, m.y);
+    m_left = plus(m_left, dx);
+    m_right = plus(m_right, dx);
+    m_top = plus(m_top, dy);
+    m_bottom = plus(m_bottom, dy);
 }
 
 template <typename T>
 void Crect2<T>::adjust(T dl, T dt, T dr, T db) {
-    m_left += dl;
-    m_top += dt;
-    m_right += dr;
-    m_bottom += db;
+    m_left = plus(m_left, dl);
+    m_top = plus(m_top, dt);
+    m_right = plus(m_right, dr);
+    m_bottom = plus(m_bottom, db);
 }
 
 template <typename T>
 void Crect2<T>::moveBy(Cpoint2<T> const& p) {
-    m_left += p.x;
-    m_right += p.x;
-    m_top += p.y;
-    m_bottom += p.y;
+    m_left = plus(m_left, p.x);
+    m_right = plus(m_right, p.x);
+    m_top = plus(m_top, p.y);
+    m_bottom = plus(m_bottom, p.y);
 }
 
 template <typename T>
@@ -118,8 +156,8 @@ void Crect2<T>::moveTo(Cpoint2<T> const& p) {
     T const h = height();
     m_left = p.x;
     m_top = p.y;
-    m_right = p.x + w;
-    m_bottom = p.y + h;
+    m_right = plus(p.x, w);
+    m_bottom = plus(p.y, h);
 }
 
 template <typename T>
@@ -130,19 +168,19 @@ Crect2<T>& Crect2<T>::operator+=(Cpoint2<T> const& p) {
 
 template <typename T>
 Crect2<T>& Crect2<T>::operator-=(Cpoint2<T> const& p) {
-    m_left -= p.x;
-    m_right -= p.x;
-    m_top -= p.y;
-    m_bottom -= p.y;
+    m_left = minus(m_left, p.x);
+    m_right = minus(m_right, p.x);
+    m_top = minus(m_top, p.y);
+    m_bottom = minus(m_bottom, p.y);
     return *this;
 }
 
 template <typename T>
 Crect2<T>& Crect2<T>::operator*=(T s) {
-    m_left *= s;
-    m_top *= s;
-    m_right *= s;
-    m_bottom *= s;
+    m_left = times(m_left, s);
+    m_top = times(m_top, s);
+    m_right = times(m_right, s);
+    m_bottom = times(m_bottom, s);
     return *this;
 }
 
@@ -262,20 +300,25 @@ void CboundingBox2<T>::setRange(It first, It last) {
         m_maxX = detail::unsetValue<T>();
         return;
     }
-    // The largest finite double converted to T: DBL_MAX for double; the conversion to float
-    // rounds to +infinity; for int (where it would overflow) INT_MAX.
+    // The largest finite double converted to T, and its negative: +-DBL_MAX for double; the
+    // conversion to float rounds to +-infinity; for int (where it would overflow) INT_MAX and
+    // INT_MIN, so that a point at INT_MIN still raises the maximum.
     T big;
+    T small;
     if constexpr (std::is_same_v<T, double>) {
         big = DBL_MAX;
+        small = -big;
     } else if constexpr (std::is_floating_point_v<T>) {
         big = std::numeric_limits<T>::infinity();
+        small = -big;
     } else {
         big = std::numeric_limits<T>::max();
+        small = std::numeric_limits<T>::lowest();
     }
     m_minX = big;
     m_minY = big;
-    m_maxX = -big;
-    m_maxY = -big;
+    m_maxX = small;
+    m_maxY = small;
     for (It it = first; it != last; ++it) {
         T const x = it->x;
         T const y = it->y;

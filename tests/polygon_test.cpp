@@ -87,8 +87,10 @@ bool onBoundary(std::vector<P<T>> const& v, double px, double py) {
 }
 
 // The documented simplicity rule without pruning: every edge touches exactly two others.
-int ccwRef(double x0, double y0, double x1, double y1, double x2, double y2) {
-    double const dx1 = x1 - x0, dy1 = y1 - y0, dx2 = x2 - x0, dy2 = y2 - y0;
+// Evaluated in T, as the polygon does (overflow and NaN included).
+template <typename T>
+int ccwRef(T x0, T y0, T x1, T y1, T x2, T y2) {
+    T const dx1 = x1 - x0, dy1 = y1 - y0, dx2 = x2 - x0, dy2 = y2 - y0;
     if (dx1 * dy2 > dy1 * dx2)
         return 1;
     if (dx1 * dy2 < dy1 * dx2)
@@ -404,6 +406,31 @@ TYPED_TEST(Polygon, SimplicityWithPruningMatchesBruteForce) {
     EXPECT_LT(simpleCount, 380);
 }
 
+// Edges with infinite or huge coordinates, whose orientation products overflow, are compared
+// with every other edge as the rule demands, not only with their x-neighbours.
+TYPED_TEST(Polygon, SimplicityWithOverflowingCoordinatesMatchesBruteForce) {
+    using T = TypeParam;
+    T const inf = std::numeric_limits<T>::infinity();
+    T const huge = std::numeric_limits<T>::max() / T(4);
+    T const wild[] = {inf, -inf, huge, -huge};
+    int nonSimple = 0;
+    for (int round = 0; round < 200; ++round) {
+        std::size_t const n = 5 + std::size_t(round % 7);
+        std::vector<P<T>> v = starPolygon<T>(n, 0, 0, 1, 6, std::uint64_t(round + 1000));
+        T const w = wild[round % 4];
+        if ((round / 4) % 2 == 0) {
+            v[std::size_t(round) % n].x = w;
+        } else {
+            v[std::size_t(round) % n].y = w;
+        }
+        Access<T> poly(v);
+        bool const expected = simpleBruteForce(v);
+        EXPECT_EQ(poly.isSimple(), expected) << "round " << round;
+        nonSimple += expected ? 0 : 1;
+    }
+    EXPECT_GT(nonSimple, 0);
+}
+
 TYPED_TEST(Polygon, LargePolygonsClassify) {
     using T = TypeParam;
     std::vector<P<T>> v = starPolygon<T>(20000, 0, 0, 500, 1000, 9);
@@ -437,6 +464,33 @@ TYPED_TEST(Polygon, NonFiniteInputIsSafe) {
         EXPECT_NO_THROW(poly.area());
         EXPECT_NO_THROW(poly.center());
     }
+}
+
+// Three points whose only non-zero cross product is the one at the start vertex: the
+// polygon is not degenerate, but the clean-up drops both other vertices. The single remaining
+// edge touches no other edge, so the polygon is not simple.
+TYPED_TEST(Polygon, CleanUpDownToOneVertexIsNotSimple) {
+    using T = TypeParam;
+    std::vector<P<T>> v;
+    if constexpr (std::is_same_v<T, float>) {
+        v = {P<T>(0.089453190565109253f, 0.55617892742156982f),
+             P<T>(3.3689558506011963f, 0.022725403308868408f),
+             P<T>(2.6649010181427002f, 0.13724902272224426f)};
+    } else {
+        v = {P<T>(0.67271765639350001, 0.11254668994698168),
+             P<T>(3.1043249245211864, -1.8273020602902823),
+             P<T>(2.038666034490197, -0.97715775734222377)};
+    }
+    Access<T> probe(v);
+    ASSERT_FALSE(probe.isDegenerated());
+    probe.optimize(true);
+    ASSERT_EQ(probe.size(), 1u);
+
+    Poly<T> poly(v);
+    poly.preprocess();
+    EXPECT_EQ(poly.type(), Poly<T>::selfIntersecting);
+    EXPECT_EQ(poly.size(), 1u);
+    EXPECT_FALSE(poly.pointIsIn(v[0]));
 }
 
 TYPED_TEST(Polygon, ContourPolyIsSimpleThroughAllPoints) {
@@ -541,7 +595,48 @@ TYPED_TEST(Polygon, MinimumEnclosingRectangle) {
         EXPECT_TRUE(mgeo_test::nearRel(double(Poly<T>(mer).area()), best, 1e-4));
     }
 
+    // Equal areas: the first hull edge from the lowest-x (then lowest-y) vertex wins, corners
+    // counter-clockwise from that edge's start.
+    EXPECT_EQ(
+        Poly<T>(pts<T>({{4, 0}, {4, 4}, {2, 2}, {0, 4}, {0, 0}, {1, 3}})).minimumEnclosingRect(),
+        (pts<T>({{0, 0}, {4, 0}, {4, 4}, {0, 4}})));
+    EXPECT_EQ(Poly<T>(pts<T>({{2, 1}, {0, 1}, {1, 0}, {1, 2}})).minimumEnclosingRect().size(), 4u);
+
+    // Nearly collinear points, where orientation tests about one pivot are mostly rounding
+    // noise: the rectangle still reaches both extreme points (an angular-sort hull in double
+    // loses the point at x = 799128 here).
+    if constexpr (std::is_same_v<T, double>) {
+        std::vector<P<T>> const thin{
+            {-458296.84811816254, -299.83312154075486}, {406180.19939694117, 263.91758398977123},
+            {-132140.95543778304, -87.137347673733842}, {799128.20420593733, 520.17044296925008},
+            {338730.74153302138, 219.93182454394633},   {-440636.72285092616, -288.31643858453322},
+            {-677510.66684584285, -442.78884873443894}, {569632.60267414001, 370.50966521743504},
+            {-712242.5950289435, -465.43855247607178}};
+        std::vector<P<T>> const t = Poly<T>(thin).minimumEnclosingRect();
+        ASSERT_EQ(t.size(), 4u);
+        // Long side e from t[0], short side f; every point within both, up to 1e-9 |e|.
+        double ex = t[1].x - t[0].x, ey = t[1].y - t[0].y, fx = t[3].x - t[0].x,
+               fy = t[3].y - t[0].y;
+        if (ex * ex + ey * ey < fx * fx + fy * fy) {
+            std::swap(ex, fx);
+            std::swap(ey, fy);
+        }
+        double const le = std::sqrt(ex * ex + ey * ey);
+        double const lf = std::sqrt(fx * fx + fy * fy);
+        for (P<T> const& q : thin) {
+            double const wx = q.x - t[0].x, wy = q.y - t[0].y;
+            double const u = (wx * ex + wy * ey) / le;
+            EXPECT_GE(u, -1e-9 * le) << q;
+            EXPECT_LE(u, le + 1e-9 * le) << q;
+            EXPECT_LE(std::fabs(wx * ey - wy * ex) / le, lf + 1e-9 * le) << q;
+        }
+    }
+
     // Degenerate sets.
+    EXPECT_EQ(Poly<T>(pts<T>({{3, 1}, {3, 1}, {3, 1}})).minimumEnclosingRect(),
+              (pts<T>({{3, 1}, {3, 1}, {3, 1}, {3, 1}})));
+    EXPECT_EQ(Poly<T>(pts<T>({{2, 5}, {0, 1}})).minimumEnclosingRect(),
+              (pts<T>({{0, 1}, {2, 5}, {2, 5}, {0, 1}})));
     std::vector<P<T>> const seg = Poly<T>(pts<T>({{0, 0}, {2, 2}, {1, 1}})).minimumEnclosingRect();
     EXPECT_EQ(seg, (pts<T>({{0, 0}, {2, 2}, {2, 2}, {0, 0}})));
     EXPECT_TRUE(Poly<T>().minimumEnclosingRect().empty());

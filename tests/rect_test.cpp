@@ -55,6 +55,35 @@ TEST(RectInt, CenterTruncatesTowardZero) {
     EXPECT_EQ(corners(-5, -5, 0, 0).center(), math::Cpoint2<int>(-2, -2));
 }
 
+// Near the ends of the int range the centre is still the truncated half sum, and the other
+// operations wrap instead of overflowing (no undefined behaviour).
+TEST(RectInt, HugeCoordinatesAreSafe) {
+    int const big = std::numeric_limits<int>::max();
+    int const small = std::numeric_limits<int>::min();
+    math::Crect2<int> r = corners(big - 3, small, big - 1, big);
+    EXPECT_EQ(r.center(), math::Cpoint2<int>(big - 2, 0));
+    EXPECT_EQ(corners(small, small + 2, small + 4, small).center(),
+              math::Cpoint2<int>(small + 2, small + 1));
+    EXPECT_EQ(r.width(), 2);
+    math::Crect2<int> w(big, small, 1, -1);
+    EXPECT_EQ(w.left(), big);
+    EXPECT_EQ(w.right(), small);
+    EXPECT_EQ(w.bottom(), big);
+    EXPECT_EQ(w.width(), 1);
+    EXPECT_NO_THROW(r.height());
+    EXPECT_NO_THROW(r.setCenter(math::Cpoint2<int>(small, small)));
+    EXPECT_NO_THROW(r.adjust(big, big, big, big));
+    EXPECT_NO_THROW(r.moveBy(math::Cpoint2<int>(big, big)));
+    EXPECT_NO_THROW(r.moveTo(math::Cpoint2<int>(big, big)));
+    EXPECT_NO_THROW(r += math::Cpoint2<int>(big, big));
+    EXPECT_NO_THROW(r -= math::Cpoint2<int>(small, small));
+    EXPECT_NO_THROW(r *= big);
+    EXPECT_NO_THROW(r.setWidth(big));
+    EXPECT_NO_THROW(r.setHeight(big));
+    EXPECT_NO_THROW(r = r + math::Cpoint2<int>(big, big) - math::Cpoint2<int>(small, 0));
+    EXPECT_NO_THROW(r = r * 3);
+}
+
 TEST(RectInt, DefaultIsZeroAndValid) {
     math::Crect2<int> r;
     expectFields(r, 0, 0, 0, 0);
@@ -219,6 +248,14 @@ TYPED_TEST(BoundingBox, ExtentsOfVectorAndList) {
     EXPECT_EQ(box.maxY(), T(8));
     EXPECT_TRUE(box.isInside(P(T(7), T(8))));
     EXPECT_FALSE(box.isInside(P(T(8), T(8))));
+
+    // Also at the lowest value of T.
+    T const lowest = std::numeric_limits<T>::lowest();
+    box.set(std::vector<P>{P(lowest, lowest)});
+    EXPECT_EQ(box.minX(), lowest);
+    EXPECT_EQ(box.maxX(), lowest);
+    EXPECT_EQ(box.minY(), lowest);
+    EXPECT_EQ(box.maxY(), lowest);
 }
 
 TYPED_TEST(BoundingBox, NaNPointAndEmptyInput) {

@@ -103,8 +103,8 @@ public:
     //  1. type = 1; at most 2 vertices: stop;
     //  2. isDegenerated(): type 2, stop;
     //  3. optimize(true) (start at the lowest-x vertex, collinear vertices dropped,
-    //     counter-clockwise); should rounding leave fewer than 3 vertices: type 2, stop;
-    //  4. not isSimple(): type 7, stop;
+    //     counter-clockwise);
+    //  4. not isSimple(): type 7, stop (also when rounding left fewer than 3 vertices);
     //  5. testRect(): type 3, stop. The rectangle test runs while the type is 1, so it sees a
     //     NaN bounding rectangle and fails: rectangles are classified as convex;
     //  6. not isConvex(): type 6, stop;
@@ -179,8 +179,10 @@ protected:
     // and lengths). Edges whose x- or y-extents do not overlap cannot touch and are never
     // compared: the edges are sorted by their smallest x and swept, so polygons with short
     // edges classify in O(n log n); the cost grows with the number of x-overlapping edge pairs
-    // (towards n^2 for a star of long spikes). A NaN coordinate makes a polygon of 4 or more
-    // vertices non-simple (its edges touch every other edge).
+    // (towards n^2 for a star of long spikes). Edges with a coordinate that is NaN, infinite
+    // or of magnitude sqrt(max of T) / 4 or more (where the orientation products may
+    // overflow) are compared with every other edge. A NaN coordinate makes a polygon of 4 or
+    // more vertices non-simple (its edges touch every other edge).
     bool isSimple() const;
     // Exactly 4 vertices whose corners match the bounding rectangle: the rectangle is the
     // NaN one for type 1, the stored one for type 3, the vertex extents otherwise, and is

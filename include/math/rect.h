@@ -18,6 +18,9 @@ namespace math {
 //
 // Default construction: all four fields 0 for int; the unset value (quiet NaN) for float and
 // double, so such a rectangle is invalid.
+//
+// int: sums, differences and products of coordinates wrap modulo 2^32 where they would leave
+// the int range (no undefined behaviour); center() is exact for every int rectangle.
 template <typename T>
 class Crect2 {
 public:
@@ -119,8 +122,9 @@ public:
     //    left as they are;
     //  - otherwise start from min = the largest finite double converted to T and max = its
     //    negative (+-infinity for float, which is what the conversion gives; INT_MAX and
-    //    -INT_MAX for int, where the conversion would overflow), then lower the minimum and
-    //    raise the maximum with every coordinate by two independent comparisons;
+    //    INT_MIN for int, where the conversion would overflow), then lower the minimum and
+    //    raise the maximum with every coordinate by two independent comparisons, so that a
+    //    single point sets both;
     //  - a point with a NaN coordinate sets min x and max x to NaN and ends the scan.
     void set(std::vector<Cpoint2<T>> const& points);
     void set(std::list<Cpoint2<T>> const& points);
