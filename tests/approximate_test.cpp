@@ -75,6 +75,21 @@ TYPED_TEST(LineFit, AxisParallelLinesAndFewPoints) {
     EXPECT_TRUE(std::isnan(q.across) && std::isnan(q.along));
 }
 
+// Non-finite sums leave the 2 x 2 eigen routine without work: the direction must then be NaN,
+// never whatever the eigenvector matrix happened to hold.
+TYPED_TEST(LineFit, EigenFitOfNonFinitePointsIsInvalid) {
+    using T = TypeParam;
+    T const inf = std::numeric_limits<T>::infinity();
+    for (int rep = 0; rep < 5; ++rep) {
+        math::Cline2<T> line;
+        math::CqLineGeom2DStdAbw<T> q{T(0), T(0)};
+        std::vector<P2<T>> pts{{T(0), T(0)}, {T(1), T(1)}, {inf, T(2)}, {T(3), T(4)}};
+        EXPECT_NO_THROW(A<T>::fitLineGeom(pts, line, q));
+        EXPECT_TRUE(std::isnan(line.direction().x()) || std::isnan(line.direction().y()));
+        EXPECT_FALSE(line.isValid());
+    }
+}
+
 // Independent orthogonal regression: the angle that minimises the sum of squared orthogonal
 // distances is 0.5 atan2(2 Sxy, Sxx - Syy).
 TYPED_TEST(LineFit, NoisyLineMatchesOrthogonalRegressionAndRecordOrder) {
