@@ -52,7 +52,7 @@ bool fitRoundGaussNewton(std::vector<P> const& points, T& r, P& c, unsigned long
                 }
                 for (std::size_t l = 0; l < kDim; ++l) {
                     if (l == j) {
-                        row[kOff + l] = T(1) - (T(1) - k * k * q[j] * q[j]) * k * r;
+                        row[kOff + l] = T(1) - (T(1) - (k * k) * (q[j] * q[j])) * k * r;
                     } else if (kDim == 2) {
                         // In the plane both mixed entries are written k^3 r dx dy.
                         row[kOff + l] = k3r * q[0] * q[1];
