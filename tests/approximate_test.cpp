@@ -585,6 +585,21 @@ TYPED_TEST(SphereFit, CapFixedRadiusAndDegenerateInput) {
     EXPECT_FALSE(sphere.isValid());
     A<T>::fitSphereLsq(std::vector<P3<T>>(3, P3<T>(T(1), T(1), T(1))), sphere);
     EXPECT_FALSE(sphere.isValid());
+
+    // The algebraic sphere catches solver failures like the iterative sphere fits.
+    T const nan = std::numeric_limits<T>::quiet_NaN();
+    T const inf = std::numeric_limits<T>::infinity();
+    for (T bad : {nan, inf}) {
+        std::vector<P3<T>> pts = cap;
+        pts[5].y = bad;
+        math::CqSphereLsqStdAbw<T> ql{T(0)};
+        EXPECT_NO_THROW(A<T>::fitSphereLsq(pts, sphere));
+        EXPECT_FALSE(sphere.isValid());
+        EXPECT_NO_THROW(A<T>::fitSphereLsq(pts, sphere, ql));
+        EXPECT_FALSE(sphere.isValid());
+        EXPECT_NO_THROW(A<T>::fitSphereLsq(same, sphere));
+        EXPECT_FALSE(sphere.isValid());
+    }
 }
 
 }  // namespace
