@@ -8,6 +8,8 @@
 #include <vector>
 
 #include <math/approximate.h>
+#include <math/matrix.h>
+#include <math/solver_le.h>
 
 #include "support/builders.h"
 #include "support/tolerance.h"
@@ -73,6 +75,21 @@ TYPED_TEST(LineFit, AxisParallelLinesAndFewPoints) {
     A<T>::fitLineGeom(std::vector<P2<T>>{{T(1), T(1)}, {T(4), T(5)}}, line, q);
     EXPECT_TRUE(line.isValid());
     EXPECT_TRUE(std::isnan(q.across) && std::isnan(q.along));
+}
+
+// Non-finite sums leave the 2 x 2 eigen routine without work: the direction must then be NaN,
+// never whatever the eigenvector matrix happened to hold.
+TYPED_TEST(LineFit, EigenFitOfNonFinitePointsIsInvalid) {
+    using T = TypeParam;
+    T const inf = std::numeric_limits<T>::infinity();
+    for (int rep = 0; rep < 5; ++rep) {
+        math::Cline2<T> line;
+        math::CqLineGeom2DStdAbw<T> q{T(0), T(0)};
+        std::vector<P2<T>> pts{{T(0), T(0)}, {T(1), T(1)}, {inf, T(2)}, {T(3), T(4)}};
+        EXPECT_NO_THROW(A<T>::fitLineGeom(pts, line, q));
+        EXPECT_TRUE(std::isnan(line.direction().x()) || std::isnan(line.direction().y()));
+        EXPECT_FALSE(line.isValid());
+    }
 }
 
 // Independent orthogonal regression: the angle that minimises the sum of squared orthogonal
@@ -402,6 +419,66 @@ TYPED_TEST(CircleFit, StrictIterationLimitAndDegenerateInput) {
     EXPECT_FALSE(circle.isValid());
 }
 
+// One Gauss-Newton step of the plane circle fit written out from its rows (powers formed
+// first, then the products left to right) and solved with the same SVD: with maxItr = 0 the fit
+// runs exactly that one step and must give the same bits.
+template <typename T>
+math::Ccircle2<T> literalCircleStep(std::vector<P2<T>> const& pts) {
+    T const n = T(pts.size());
+    T sx = T(0), sy = T(0);
+    for (auto const& p : pts) {
+        sx += p.x;
+    }
+    for (auto const& p : pts) {
+        sy += p.y;
+    }
+    T cx = sx / n, cy = sy / n;
+    T s2 = T(0);
+    for (auto const& p : pts) {
+        s2 += (p.x - cx) * (p.x - cx) + (p.y - cy) * (p.y - cy);
+    }
+    T r = std::sqrt(s2 / n);
+    math::Cmatrix<T> J(2 * pts.size(), 3);
+    std::vector<T> e(2 * pts.size());
+    for (std::size_t i = 0; i < pts.size(); ++i) {
+        T const dx = pts[i].x - cx;
+        T const dy = pts[i].y - cy;
+        T const k = T(1) / std::sqrt(dx * dx + dy * dy);
+        T const k2 = k * k;
+        T const k3 = k * k * k;
+        J(2 * i, 0) = k * dx;
+        J(2 * i, 1) = T(1) - (T(1) - k2 * (dx * dx)) * k * r;
+        J(2 * i, 2) = k3 * r * dx * dy;
+        J(2 * i + 1, 0) = k * dy;
+        J(2 * i + 1, 1) = k3 * r * dx * dy;
+        J(2 * i + 1, 2) = T(1) - (T(1) - k2 * (dy * dy)) * k * r;
+        e[2 * i] = dx - k * r * dx;
+        e[2 * i + 1] = dy - k * r * dy;
+    }
+    math::Csolver_svd<T> solver(std::move(J));
+    math::Cmatrix<T> const d = solver.solve(e);
+    return math::Ccircle2<T>(P2<T>(cx + d(1, 0), cy + d(2, 0)), r + d(0, 0));
+}
+
+TYPED_TEST(CircleFit, OneStepFollowsTheWrittenOutRows) {
+    using T = TypeParam;
+    mgeo_test::Noise rnd(11);
+    for (int set = 0; set < 10; ++set) {
+        std::vector<P2<T>> pts;
+        for (int i = 0; i < 40; ++i) {
+            double const t = rnd.unit() * 4.0;
+            double const rr = 7.0 + rnd(0.3);
+            pts.emplace_back(T(3.0 + rr * std::cos(t)), T(-1.0 + rr * std::sin(t)));
+        }
+        math::Ccircle2<T> circle;
+        A<T>::fitCircleGeom(pts, circle, math::CqCircleGeom2D<T>{0, T(0), T(0), T(0)});
+        math::Ccircle2<T> const ref = literalCircleStep(pts);
+        EXPECT_EQ(circle.center().x, ref.center().x) << "set " << set;
+        EXPECT_EQ(circle.center().y, ref.center().y) << "set " << set;
+        EXPECT_EQ(circle.radius(), ref.radius()) << "set " << set;
+    }
+}
+
 // Points of the circle centre c, radius r in the plane through c with unit normal n.
 template <typename T>
 std::vector<P3<T>> circle3Points(P3<double> c, double nx, double ny, double nz, double r,
@@ -508,6 +585,21 @@ TYPED_TEST(SphereFit, CapFixedRadiusAndDegenerateInput) {
     EXPECT_FALSE(sphere.isValid());
     A<T>::fitSphereLsq(std::vector<P3<T>>(3, P3<T>(T(1), T(1), T(1))), sphere);
     EXPECT_FALSE(sphere.isValid());
+
+    // The algebraic sphere catches solver failures like the iterative sphere fits.
+    T const nan = std::numeric_limits<T>::quiet_NaN();
+    T const inf = std::numeric_limits<T>::infinity();
+    for (T bad : {nan, inf}) {
+        std::vector<P3<T>> pts = cap;
+        pts[5].y = bad;
+        math::CqSphereLsqStdAbw<T> ql{T(0)};
+        EXPECT_NO_THROW(A<T>::fitSphereLsq(pts, sphere));
+        EXPECT_FALSE(sphere.isValid());
+        EXPECT_NO_THROW(A<T>::fitSphereLsq(pts, sphere, ql));
+        EXPECT_FALSE(sphere.isValid());
+        EXPECT_NO_THROW(A<T>::fitSphereLsq(same, sphere));
+        EXPECT_FALSE(sphere.isValid());
+    }
 }
 
 }  // namespace

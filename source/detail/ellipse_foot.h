@@ -39,7 +39,7 @@ public:
         T x = u * m_a * m_b / k;
         T y = v * m_a * m_b / k;
         for (int step = 0; step < 4; ++step) {
-            T const f1 = T(0.5) * (b2 * x * x + a2 * y * y - a2 * b2);
+            T const f1 = T(0.5) * (b2 * (x * x) + a2 * (y * y) - a2 * b2);
             T const f2 = (u - x) * a2 * y - (v - y) * b2 * x;
             T const j11 = b2 * x;
             T const j12 = a2 * y;

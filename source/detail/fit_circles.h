@@ -52,7 +52,7 @@ bool fitRoundGaussNewton(std::vector<P> const& points, T& r, P& c, unsigned long
                 }
                 for (std::size_t l = 0; l < kDim; ++l) {
                     if (l == j) {
-                        row[kOff + l] = T(1) - (T(1) - k * k * q[j] * q[j]) * k * r;
+                        row[kOff + l] = T(1) - (T(1) - (k * k) * (q[j] * q[j])) * k * r;
                     } else if (kDim == 2) {
                         // In the plane both mixed entries are written k^3 r dx dy.
                         row[kOff + l] = k3r * q[0] * q[1];
@@ -478,31 +478,36 @@ std::array<T, 4> algebraicSphere(std::vector<Cpoint3<T>> const& points, Cpoint3<
 // that is when the origin of the coordinates lies outside the sphere; so the system is solved
 // twice: first relative to the mean of the points (for a centre estimate c and the RMS
 // distance r of the points from it), then relative to o = c + (2 r, 0, 0), a point outside the
-// sphere, and the centre is shifted back by o. At least four points; solver exceptions reach
-// the caller.
+// sphere, and the centre is shifted back by o. At least four points. Like the iterative sphere
+// fits it catches every exception of the solves (degenerate or non-finite points) and leaves
+// the sphere invalid.
 template <typename T>
 void approximate<T>::fitSphereLsq(Points3 const& points, Csphere3<T>& sphere) {
     if (points.size() < 4) {
         sphere = detail::invalidSphere<T>();
         return;
     }
-    T spread = T(0);
-    Cpoint3<T> const mean = detail::meanAndRms(points, spread);
-    std::array<T, 4> s = detail::algebraicSphere(points, mean);
-    Cpoint3<T> const estimate(mean.x - T(0.5) * s[1] / s[0], mean.y - T(0.5) * s[2] / s[0],
-                              mean.z - T(0.5) * s[3] / s[0]);
-    T sumSq = T(0);
-    for (Cpoint3<T> const& p : points) {
-        Cpoint3<T> const q = p - estimate;
-        sumSq += q.x * q.x + q.y * q.y + q.z * q.z;
+    try {
+        T spread = T(0);
+        Cpoint3<T> const mean = detail::meanAndRms(points, spread);
+        std::array<T, 4> s = detail::algebraicSphere(points, mean);
+        Cpoint3<T> const estimate(mean.x - T(0.5) * s[1] / s[0], mean.y - T(0.5) * s[2] / s[0],
+                                  mean.z - T(0.5) * s[3] / s[0]);
+        T sumSq = T(0);
+        for (Cpoint3<T> const& p : points) {
+            Cpoint3<T> const q = p - estimate;
+            sumSq += q.x * q.x + q.y * q.y + q.z * q.z;
+        }
+        T const r = std::sqrt(sumSq / detail::countOf<T>(points));
+        Cpoint3<T> const origin(estimate.x + T(2) * r, estimate.y, estimate.z);
+        s = detail::algebraicSphere(points, origin);
+        sphere = Csphere3<T>(
+            Cpoint3<T>(origin.x + -T(0.5) * s[1] / s[0], origin.y + -T(0.5) * s[2] / s[0],
+                       origin.z + -T(0.5) * s[3] / s[0]),
+            -T(0.5) * std::sqrt(s[1] * s[1] + T(4) * s[0] + s[2] * s[2] + s[3] * s[3]) / s[0]);
+    } catch (...) {
+        sphere = detail::invalidSphere<T>();
     }
-    T const r = std::sqrt(sumSq / detail::countOf<T>(points));
-    Cpoint3<T> const origin(estimate.x + T(2) * r, estimate.y, estimate.z);
-    s = detail::algebraicSphere(points, origin);
-    sphere = Csphere3<T>(
-        Cpoint3<T>(origin.x + -T(0.5) * s[1] / s[0], origin.y + -T(0.5) * s[2] / s[0],
-                   origin.z + -T(0.5) * s[3] / s[0]),
-        -T(0.5) * std::sqrt(s[1] * s[1] + T(4) * s[0] + s[2] * s[2] + s[3] * s[3]) / s[0]);
 }
 
 template <typename T>

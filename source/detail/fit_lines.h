@@ -100,7 +100,9 @@ void approximate<T>::fitLineGeom(Points2 const& points, Cline2<T>& line,
     a(0, 1) = sxy - sx * sy / count;
     a(1, 0) = a(0, 1);
     a(1, 1) = syy - sy * sy / count;
-    Cmatrix<T> v(2, 2);
+    // The eigen routine leaves v untouched when the scatter is not finite: start from NaN so
+    // that such input gives an invalid direction.
+    Cmatrix<T> v(2, 2, detail::nan<T>());
     CmatrixCalc<T>::getEigenvalue2x2sym(a, v);
     T const lambda0 = a(0, 0);
     T const lambda1 = a(1, 1);
