@@ -27,8 +27,10 @@ T setTolerance() {
 }
 
 // The documented set iterations have no step limit; this cap only stops a run that can never
-// converge (oscillation at the rounding level), reported as a failure.
-constexpr int kMaxSetSteps = 100000;
+// converge, reported as a failure. The damped steps converge in a few dozen iterations on any
+// well-posed set; with coordinates near 1e30, say, they oscillate at the rounding level, and
+// each step of the sphere set costs 42 SVD solves.
+constexpr int kMaxSetSteps = 1000;
 
 template <typename T>
 T dot(Cpoint3<T> const& a, Cpoint3<T> const& b) {
@@ -177,6 +179,7 @@ bool geometric<T>::intersect(std::vector<Ccircle2<T>> const& circles, Cpoint2<T>
         T const det = a * b - sxy * sxy;
         T const deltaX = (b * sxe - sxy * sye) / det;
         T const deltaY = (a * sye - sxy * sxe) / det;
+        Cpoint2<T> const previous = p;
         p.x -= deltaX;
         p.y -= deltaY;
         std::cout << p.x << ' ' << p.y << '\n';
@@ -185,8 +188,10 @@ bool geometric<T>::intersect(std::vector<Ccircle2<T>> const& circles, Cpoint2<T>
             point = p;
             return true;
         }
-        if (change != change) {
-            break;  // a NaN step never recovers
+        // A NaN step never recovers; a step too small to move P (coordinates so large that
+        // TOL is below their spacing) would repeat itself unchanged forever.
+        if (change != change || p == previous) {
+            break;
         }
     }
     point.x = nanT<T>();
@@ -270,14 +275,16 @@ bool geometric<T>::intersect(std::vector<Csphere3<T>> const& spheres, Cpoint3<T>
             }
         }
         Cpoint3<T> const delta = solveDamped(T(1) + T(0.05) * static_cast<T>(bestK));
+        Cpoint3<T> const previous = p;
         p -= delta;
         T const change = std::fabs(delta.x) + std::fabs(delta.y) + std::fabs(delta.z);
         if (change <= tol) {
             point = p;
             return true;
         }
-        if (change != change) {
-            break;  // a NaN step never recovers
+        // A NaN step never recovers; a step too small to move P would repeat unchanged.
+        if (change != change || p == previous) {
+            break;
         }
     }
     point.x = nanT<T>();

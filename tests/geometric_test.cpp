@@ -789,3 +789,20 @@ TYPED_TEST(Geometric, OutlierRemovesLargeAndNaNValuesKeepingOrder) {
 }
 
 }  // namespace
+
+namespace {
+// Centres near 1e30: no step can fall below the convergence bound; the iteration ends as a
+// failure after its step cap instead of spinning.
+TEST(GeometricSets, SphereSetWithHugeCoordinatesFailsInsteadOfSpinning) {
+    mgeo_test::Noise rnd(5);
+    std::vector<math::Csphere3<double>> spheres;
+    for (int i = 0; i < 12; ++i) {
+        spheres.emplace_back(math::Cpoint3<double>(1e30 * (1.5 + rnd(0.5)), 1e30 * (0.5 + rnd(0.5)),
+                                                   1e30 * (0.5 + rnd(0.5))),
+                             1e29 * (5 + rnd(4)));
+    }
+    math::Cpoint3<double> p;
+    EXPECT_FALSE(math::geometric<double>::intersect(spheres, p, false));
+    EXPECT_TRUE(std::isnan(p.x));
+}
+}  // namespace

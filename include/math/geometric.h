@@ -44,8 +44,8 @@ public:
     // tried per step with Csolver_svd, until |dx| + |dy| + |dz| <= sqrt(2^-23). With `check`,
     // coplanar centres (a plane-fit deviation <= EPS_T) fail; without it, 3 spheres or fewer
     // fail. Failure: x = NaN, false. The point starts as the mean of the centres. The step
-    // count is capped at 100000 and a NaN step ends the loop (both as a failure), so a start on
-    // a centre cannot spin forever.
+    // count is capped at 1000, and a NaN step or one too small to move the point ends the loop
+    // (all as a failure), so neither a start on a centre nor huge coordinates spin forever.
     static bool intersect(std::vector<Csphere3<T>> const& spheres, Cpoint3<T>& point, bool check);
     // The same in the plane for circles, with collinear centres (a line-fit deviation below
     // sqrt(2^-23)) failing under `check`, and fewer than 3 circles failing without it. Every
