@@ -472,12 +472,6 @@ TYPED_TEST(Transform3, MatrixSetterAgreesWithQuaternionSetter) {
     for (std::size_t i = 0; i < 3; ++i) {
         EXPECT_TRUE(nearAbs(b.getAxis()[i], a.getAxis()[i], 1e2 * tol<T>()));
     }
-    CtransPrm3<T> c(b);
-    EXPECT_EQ(c.getArc(), b.getArc());
-    c = a;
-    c = c;
-    EXPECT_EQ(c.getArc(), a.getArc());
-    EXPECT_EQ(c.getTrf_Matrix()(1, 2), a.getTrf_Matrix()(1, 2));
 }
 
 TYPED_TEST(Transform3, ProtectedHelpers) {
