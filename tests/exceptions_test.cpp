@@ -149,15 +149,6 @@ TEST(ErrorMessages, EmptyTextsAddArgumentsAndMissingOnesLeavePlaceholders) {
     EXPECT_EQ(few.message(), "Precision 5 for rounding out of range ([%1,%2]).");
 }
 
-TEST(ErrorMessages, ValuesAreConvertedIndependently) {
-    math::CthrowMath err(math::CthrowMath::ERR_MATRIX_DIMS, std::c_empty);
-    err << 12 << 34 << "x" << 56;
-    ASSERT_EQ(err.arguments().size(), 4u);
-    EXPECT_EQ(err.arguments()[0], "12");
-    EXPECT_EQ(err.arguments()[1], "34");
-    EXPECT_EQ(err.arguments()[3], "56");
-}
-
 TEST(ErrorMessages, WhatComposesNameContextMessageOriginAndCause) {
     math::CthrowMath cause(math::CthrowMath::ERR_SOLVE_NOTSOLVABLE, std::c_empty);
     cause.setExInfo("solver.cpp", 12);
