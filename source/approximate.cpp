@@ -4,6 +4,8 @@
 
 #include "detail/fit_lines.h"
 #include "detail/fit_circles.h"
+#include "detail/fit_cylinders.h"
+#include "detail/fit_ellipses.h"
 
 namespace math {
 

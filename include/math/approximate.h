@@ -353,29 +353,65 @@ public:
 
     // --- Cylinders ---------------------------------------------------------------------------
 
+    // Start values: axis point = mean of the points; of 15 trial directions ((1,0,0), (0,1,0),
+    // (0,0,1), then the normalised (±0.8, ±0.3, 0.3)-type combinations in a fixed order) the
+    // first whose point distances from the line through the mean have the smallest variance
+    // (divisor n); radius = their mean. Invalid without points.
     static void initValCylinder(Points3 const& points, Ccylinder3<T>& cylinder);
+    // sum (d - R)^2 / n over the distances d from the axis: a mean square, no root.
     static double sqDevCylinder(Points3 const& points, Ccylinder3<T> const& cylinder);
+    // Orthogonal-distance cylinder (Gauss-Newton, SVD solves), refining the cylinder passed in
+    // (for instance from initValCylinder). Fewer than 8 points: invalid. The worker is chosen
+    // once from the input axis (the component of largest magnitude; ties z, then y, then x);
+    // above 10000 points a coarse pass on every (n / 5000)-th point runs first, then a pass
+    // over all points. The axis point of the result is the foot of the points' centroid on
+    // the axis; the axis keeps the sense of the input axis.
+    // The seven tolerances tol1 ... tol7 apply, in this order, to the change in one step of:
+    // the axis point x, y, z; the unit axis direction x, y, z; the radius.
+    // Any failure (no convergence within maxItr steps, a solver exception) gives an invalid
+    // cylinder; neither fit throws.
     static void fitCylinderGeom(Points3 const& points, Ccylinder3<T>& cylinder,
                                 CqCylinderGeom<T> const& quality);
     static void fitCylinderGeom(Points3 const& points, Ccylinder3<T>& cylinder,
                                 CqCylinderGeomStdAbw<T>& quality);
+    // The same with the radius held at the input cylinder's radius; the six tolerances apply
+    // to the axis point x, y, z and the unit axis direction x, y, z.
     static void fitCylinderGeomRfix(Points3 const& points, Ccylinder3<T>& cylinder,
                                     CqCylinderGeomRfix<T> const& quality);
     static void fitCylinderGeomRfix(Points3 const& points, Ccylinder3<T>& cylinder,
                                     CqCylinderGeomRfixStdAbw<T>& quality);
 
     // --- Ellipses ----------------------------------------------------------------------------
+    // Both fits start from the circle of fitCircleLsq (a = b = its radius, angle 0), need at
+    // least four points (fewer: invalid), minimise the orthogonal distances with foot-point
+    // coordinates as residuals (the foot points of StdAbwEllipse), keep a >= b after every
+    // update (|a|, |b|, swapped with the angle turned by pi/2), and let exceptions of the
+    // circle start and the solvers reach the caller. Parameter order (cx, cy, a, b, angle).
+    // While a and b agree within the single-precision epsilon the fifth unknown is the
+    // stretch along the diagonal instead of the angle, which lets the fit leave a circle.
 
+    // Gauss-Newton through the normal equations J^T J delta = J^T r (Cmatrix products, SVD).
+    // Both centre corrections are compared with tolX (tolY is not read), then tolA, tolB,
+    // tolAngle; maxItr as for every iterative fit.
     static void fitEllipseGeom(Points2 const& points, Cellipse2<T>& ellipse,
                                CqEllipseGeom<T> const& quality);
     static void fitEllipseGeom(Points2 const& points, Cellipse2<T>& ellipse,
                                CqEllipseGeomStdAbw<T>& quality);
+    // Levenberg-Marquardt: (J^T J + lambda D) delta = J^T r with D = diag(J^T J), each entry
+    // at least eps_f times the largest eigenvalue; lambda starts at 0.01 in every outer step,
+    // a trial with smaller StdAbwEllipse is taken (lambda * 0.1, the step ends), otherwise
+    // lambda * 10 until lambda >= 10000. All five tolerances are read, against the corrections
+    // of the last trial; lastStdAbw receives the deviation of the last trial (NaN for fewer
+    // than four points).
     static void fitEllipseGeomLM(Points2 const& points, Cellipse2<T>& ellipse,
                                  CqEllipseGeomLM<T>& quality);
 
 protected:
-    // Cylinder workers, one per dominant axis of the start axis; stride k takes every k-th
-    // point from the first.
+    // Cylinder workers of fitCylinderGeom and fitCylinderGeomRfix, one per coordinate axis the
+    // axis direction is referred to (one implementation on cyclically relabelled
+    // coordinates). Each refines the cylinder passed in on the points 0, k, 2k, ... (stride k;
+    // 0 counts as 1; fewer than five such points: invalid) and catches every exception,
+    // leaving the cylinder invalid, as it does when maxItr is reached.
     static void fitCylinderGeomX(Points3 const& points, std::uint64_t stride,
                                  CqCylinderGeom<T> const& quality, Ccylinder3<T>& cylinder);
     static void fitCylinderGeomY(Points3 const& points, std::uint64_t stride,
