@@ -44,7 +44,7 @@ public:
     // tried per step with Csolver_svd, until |dx| + |dy| + |dz| <= sqrt(2^-23). With `check`,
     // coplanar centres (a plane-fit deviation <= EPS_T) fail; without it, 3 spheres or fewer
     // fail. Failure: x = NaN, false. The point starts as the mean of the centres. The step
-    // count is capped at 100000 and a NaN step ends the loop (both as a failure), so a start on
+    // count is capped at 1000 and a NaN step ends the loop (both as a failure), so a start on
     // a centre cannot spin forever.
     static bool intersect(std::vector<Csphere3<T>> const& spheres, Cpoint3<T>& point, bool check);
     // The same in the plane for circles, with collinear centres (a line-fit deviation below
