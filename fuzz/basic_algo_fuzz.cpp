@@ -49,7 +49,8 @@ void run(fuzz::Input& in) {
                 (void)(in.flag() ? B::rmGreatestDiv(v, ref) : B::rmSmallestDiv(v, ref));
             }
             (void)B::rmGreatestDiv(v, ref);
-            (void)B::cosALP(in.real<T>(), in.real<T>(), in.real<T>());
+            T const a = in.real<T>(), b = in.real<T>();
+            (void)B::cosALP(a, b, in.real<T>());
             break;
         }
         case 3: {

@@ -102,8 +102,9 @@ void run(fuzz::Input& in) {
                 A::fitEllipseGeomLM(pts, e, q);
             } catch (CthrowBase const&) {
             }
-            math::Cellipse2<T> const given(fuzz::point2<T>(in), in.real<T>(), in.real<T>(),
-                                           in.real<T>());
+            auto const c = fuzz::point2<T>(in);
+            T const a = in.real<T>(), b = in.real<T>();
+            math::Cellipse2<T> const given(c, a, b, in.real<T>());
             (void)A::StdAbwEllipse(pts, given);
             break;
         }

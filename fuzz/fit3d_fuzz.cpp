@@ -17,7 +17,7 @@ namespace {
 template <typename T>
 void run(fuzz::Input& in) {
     using A = math::approximate<T>;
-    auto const pts = fuzz::points3<T>(in, 400);
+    auto const pts = fuzz::points3<T>(in, 200);
     switch (in.u8() % 8) {
         case 0: {
             try {
@@ -60,7 +60,8 @@ void run(fuzz::Input& in) {
                 A::fitPlaneGeom(pts, plane);
             } catch (CthrowBase const&) {
             }
-            math::Ccircle3<T> c(plane, fuzz::point3<T>(in), in.real<T>());
+            auto const centre = fuzz::point3<T>(in);
+            math::Ccircle3<T> c(plane, centre, in.real<T>());
             math::CqCircleGeomRfix3DStdAbw<T> q{fuzz::maxItr(in, 300), in.real<T>(), in.real<T>(),
                                                 in.real<T>(), T(0)};
             if (in.flag()) {
@@ -97,7 +98,8 @@ void run(fuzz::Input& in) {
             break;
         }
         default: {
-            math::Csphere3<T> s(fuzz::point3<T>(in), in.real<T>());
+            auto const centre = fuzz::point3<T>(in);
+            math::Csphere3<T> s(centre, in.real<T>());
             math::CqSphereGeomRfixStdAbw<T> q{fuzz::maxItr(in, 300), in.real<T>(), in.real<T>(),
                                               in.real<T>(), T(0)};
             if (in.flag()) {

@@ -40,7 +40,8 @@ void run(fuzz::Input& in) {
         A::initValCylinder(pts, cyl);
     } else {
         T const ax = in.real<T>(), ay = in.real<T>(), az = in.real<T>();
-        cyl = math::Ccylinder3<T>(fuzz::point3<T>(in), math::Cdirec3<T>(ax, ay, az), in.real<T>());
+        auto const p = fuzz::point3<T>(in);
+        cyl = math::Ccylinder3<T>(p, math::Cdirec3<T>(ax, ay, az), in.real<T>());
     }
     (void)A::sqDevCylinder(pts, cyl);
     (void)A::StdAbwCylinder(pts, cyl);

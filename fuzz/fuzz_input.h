@@ -111,6 +111,22 @@ private:
     std::size_t m_pos = 0;
 };
 
+// Arguments are read in order: each value is a separate statement, since the evaluation order
+// of function arguments differs between compilers (gcc and clang) and the unit tests that
+// replay an input may be built by either.
+template <typename T>
+math::Cpoint2<T> point2(Input& in) {
+    T const x = in.real<T>();
+    return math::Cpoint2<T>(x, in.real<T>());
+}
+
+template <typename T>
+math::Cpoint3<T> point3(Input& in) {
+    T const x = in.real<T>();
+    T const y = in.real<T>();
+    return math::Cpoint3<T>(x, y, in.real<T>());
+}
+
 // How a generated point list is laid out.
 enum class Layout { free, line, circle, ellipse, sphere, cylinder, plane, grid };
 
@@ -154,7 +170,7 @@ std::vector<math::Cpoint2<T>> points2(Input& in, std::size_t maxCount) {
                 pts.emplace_back(cx + a * T(i % 4), cy + b * T(i / 4 % 4));
                 break;
             default:
-                pts.emplace_back(in.real<T>(), in.real<T>());
+                pts.push_back(point2<T>(in));
                 break;
         }
     }
@@ -230,7 +246,7 @@ std::vector<math::Cpoint3<T>> points3(Input& in, std::size_t maxCount) {
                 break;
         }
         if (layout == Layout::free) {
-            pts.emplace_back(in.real<T>(), in.real<T>(), in.real<T>());
+            pts.push_back(point3<T>(in));
         } else {
             pts.emplace_back(cx + a * u[0] + b * v[0] + c * w[0],
                              cy + a * u[1] + b * v[1] + c * w[1],
@@ -247,19 +263,6 @@ std::vector<math::Cpoint3<T>> points3(Input& in, std::size_t maxCount) {
         }
     }
     return pts;
-}
-
-template <typename T>
-math::Cpoint2<T> point2(Input& in) {
-    T const x = in.real<T>();
-    return math::Cpoint2<T>(x, in.real<T>());
-}
-
-template <typename T>
-math::Cpoint3<T> point3(Input& in) {
-    T const x = in.real<T>();
-    T const y = in.real<T>();
-    return math::Cpoint3<T>(x, y, in.real<T>());
 }
 
 // An iteration limit, capped (see the README: a fit may legitimately run to its limit, and a

@@ -56,8 +56,10 @@ void run(fuzz::Input& in) {
             T const a = in.real<T>(), b = in.real<T>();
             (void)G::equal(a, b);
             (void)G::equalT(a, b);
-            (void)G::equal(fuzz::point2<T>(in), fuzz::point2<T>(in));
-            (void)G::equal(fuzz::point3<T>(in), fuzz::point3<T>(in));
+            auto const a2 = fuzz::point2<T>(in);
+            (void)G::equal(a2, fuzz::point2<T>(in));
+            auto const a3 = fuzz::point3<T>(in);
+            (void)G::equal(a3, fuzz::point3<T>(in));
             break;
         }
         case 1: {
@@ -77,7 +79,8 @@ void run(fuzz::Input& in) {
             auto const l = line3<T>(in);
             std::pair<T, T> t;
             (void)G::intersect(s, l, t);
-            math::CboundingBox3<T> const box(fuzz::point3<T>(in), fuzz::point3<T>(in));
+            auto const lo = fuzz::point3<T>(in);
+            math::CboundingBox3<T> const box(lo, fuzz::point3<T>(in));
             std::pair<math::Cpoint3<T>, math::Cpoint3<T>> pp;
             (void)G::intersect(box, l, pp);
             break;

@@ -34,9 +34,10 @@ void space(fuzz::Input& in) {
     math::CtransPrm3<T> prm;
     try {
         switch (in.u8() % 4) {
-            case 0:
-                prm = math::CtransPrm3<T>(quaternion<T>(in), fuzz::point3<T>(in));
-                break;
+            case 0: {
+                auto const q0 = quaternion<T>(in);
+                prm = math::CtransPrm3<T>(q0, fuzz::point3<T>(in));
+            } break;
             case 1: {
                 // A rotation matrix from a quaternion, then a scale per column.
                 math::Cmatrix<T> m = math::quaternionToMatrix(quaternion<T>(in));
@@ -52,7 +53,8 @@ void space(fuzz::Input& in) {
             case 2: {
                 std::size_t const m = in.u8() % 6;
                 std::size_t const n = in.flag() ? m : in.u8() % 6;
-                prm = math::CtransPrm3<T>(matrix<T>(in, m, n), fuzz::point3<T>(in));
+                auto const a = matrix<T>(in, m, n);
+                prm = math::CtransPrm3<T>(a, fuzz::point3<T>(in));
                 break;
             }
             default: {
