@@ -10,6 +10,8 @@
 #include <math/aoi.h>
 #include <math/exceptions.h>
 
+#include <algorithm>
+#include <climits>
 #include <cmath>
 
 #include "fuzz_input.h"
@@ -95,10 +97,15 @@ void run(fuzz::Input& in) {
     if (maskWithinCap(aoi)) {
         (void)aoi.calculate();
     }
+    // Pixels around the mask's top-left corner (which may lie at the end of the int range).
     auto const& r = aoi.getPixelRect();
+    auto const near = [](int base, std::uint8_t off) {
+        long long const v = static_cast<long long>(base) + static_cast<std::int8_t>(off);
+        return static_cast<int>(std::clamp<long long>(v, INT_MIN, INT_MAX));
+    };
     for (int k = in.u8() % 32; k > 0; --k) {
-        int const x = r.left() + static_cast<std::int8_t>(in.u8());
-        int const y = r.top() + static_cast<std::int8_t>(in.u8());
+        int const x = near(r.left(), in.u8());
+        int const y = near(r.top(), in.u8());
         (void)aoi.pointIsIn(x, y);
         (void)aoi.pointIsExactIn(T(x), T(y));
     }
