@@ -27,6 +27,48 @@ bool isNaN(T v) {
     return v != v;
 }
 
+// Field arithmetic. For int the sum, difference and product are taken modulo 2^32 (in
+// unsigned arithmetic) instead of overflowing, which would be undefined: results that fit in
+// int are unchanged. Fuzzing found 177731010 * 77 in operator*=; x + w in the constructor,
+// width() and the moves overflow alike near the ends of the int range.
+template <typename T>
+T add(T a, T b) {
+    if constexpr (std::is_integral_v<T>) {
+        using U = std::make_unsigned_t<T>;
+        return static_cast<T>(static_cast<U>(a) + static_cast<U>(b));
+    } else {
+        return a + b;
+    }
+}
+template <typename T>
+T sub(T a, T b) {
+    if constexpr (std::is_integral_v<T>) {
+        using U = std::make_unsigned_t<T>;
+        return static_cast<T>(static_cast<U>(a) - static_cast<U>(b));
+    } else {
+        return a - b;
+    }
+}
+template <typename T>
+T mul(T a, T b) {
+    if constexpr (std::is_integral_v<T>) {
+        using U = std::make_unsigned_t<T>;
+        return static_cast<T>(static_cast<U>(a) * static_cast<U>(b));
+    } else {
+        return a * b;
+    }
+}
+// (a + b) / 2. For int the sum is taken in 64 bits, so the truncated half sum is exact for
+// every pair (it always fits in int).
+template <typename T>
+T halfSum(T a, T b) {
+    if constexpr (std::is_integral_v<T>) {
+        return static_cast<T>((static_cast<long long>(a) + b) / 2);
+    } else {
+        return (a + b) / T(2);
+    }
+}
+
 }  // namespace
 
 // ---------------------------------------------------------------------------------------------
@@ -40,7 +82,8 @@ Crect2<T>::Crect2()
       m_bottom(detail::unsetValue<T>()) {}
 
 template <typename T>
-Crect2<T>::Crect2(T x, T y, T w, T h) : m_left(x), m_top(y), m_right(x + w), m_bottom(y + h) {}
+Crect2<T>::Crect2(T x, T y, T w, T h)
+    : m_left(x), m_top(y), m_right(add(x, w)), m_bottom(add(y, h)) {}
 
 template <typename T>
 Crect2<T>::Crect2(Cpoint2<T> const& p, T w, T h) : Crect2(p.x, p.y, w, h) {}
@@ -61,55 +104,55 @@ Cpoint2<T> Crect2<T>::bottomLeft() const {
 
 template <typename T>
 T Crect2<T>::width() const {
-    return m_right - m_left;
+    return sub(m_right, m_left);
 }
 
 template <typename T>
 T Crect2<T>::height() const {
-    return m_bottom - m_top;
+    return sub(m_bottom, m_top);
 }
 
 template <typename T>
 void Crect2<T>::setWidth(T w) {
-    m_right = m_left + w;
+    m_right = add(m_left, w);
 }
 
 template <typename T>
 void Crect2<T>::setHeight(T h) {
-    m_bottom = m_top + h;
+    m_bottom = add(m_top, h);
 }
 
 template <typename T>
 Cpoint2<T> Crect2<T>::center() const {
     // For int, '/' truncates toward zero: (-3 + 0) / 2 = -1.
-    return Cpoint2<T>((m_left + m_right) / T(2), (m_top + m_bottom) / T(2));
+    return Cpoint2<T>(halfSum(m_left, m_right), halfSum(m_top, m_bottom));
 }
 
 template <typename T>
 void Crect2<T>::setCenter(Cpoint2<T> const& c) {
     Cpoint2<T> const m = center();
-    T const dx = c.x - m.x;
-    T const dy = c.y - m.y;
-    m_left += dx;
-    m_right += dx;
-    m_top += dy;
-    m_bottom += dy;
+    T const dx = sub(c.x, m.x);
+    T const dy = sub(c.y, m.y);
+    m_left = add(m_left, dx);
+    m_right = add(m_right, dx);
+    m_top = add(m_top, dy);
+    m_bottom = add(m_bottom, dy);
 }
 
 template <typename T>
 void Crect2<T>::adjust(T dl, T dt, T dr, T db) {
-    m_left += dl;
-    m_top += dt;
-    m_right += dr;
-    m_bottom += db;
+    m_left = add(m_left, dl);
+    m_top = add(m_top, dt);
+    m_right = add(m_right, dr);
+    m_bottom = add(m_bottom, db);
 }
 
 template <typename T>
 void Crect2<T>::moveBy(Cpoint2<T> const& p) {
-    m_left += p.x;
-    m_right += p.x;
-    m_top += p.y;
-    m_bottom += p.y;
+    m_left = add(m_left, p.x);
+    m_right = add(m_right, p.x);
+    m_top = add(m_top, p.y);
+    m_bottom = add(m_bottom, p.y);
 }
 
 template <typename T>
@@ -118,8 +161,8 @@ void Crect2<T>::moveTo(Cpoint2<T> const& p) {
     T const h = height();
     m_left = p.x;
     m_top = p.y;
-    m_right = p.x + w;
-    m_bottom = p.y + h;
+    m_right = add(p.x, w);
+    m_bottom = add(p.y, h);
 }
 
 template <typename T>
@@ -130,19 +173,19 @@ Crect2<T>& Crect2<T>::operator+=(Cpoint2<T> const& p) {
 
 template <typename T>
 Crect2<T>& Crect2<T>::operator-=(Cpoint2<T> const& p) {
-    m_left -= p.x;
-    m_right -= p.x;
-    m_top -= p.y;
-    m_bottom -= p.y;
+    m_left = sub(m_left, p.x);
+    m_right = sub(m_right, p.x);
+    m_top = sub(m_top, p.y);
+    m_bottom = sub(m_bottom, p.y);
     return *this;
 }
 
 template <typename T>
 Crect2<T>& Crect2<T>::operator*=(T s) {
-    m_left *= s;
-    m_top *= s;
-    m_right *= s;
-    m_bottom *= s;
+    m_left = mul(m_left, s);
+    m_top = mul(m_top, s);
+    m_right = mul(m_right, s);
+    m_bottom = mul(m_bottom, s);
     return *this;
 }
 
