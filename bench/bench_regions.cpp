@@ -4,6 +4,7 @@
 // mgeo time / OpenCV time as the counter "mgeo_over_cv".
 #include <benchmark/benchmark.h>
 #include <math/aoi.h>
+#include <math/convex_hull.h>
 #include <math/polygon.h>
 
 #include <chrono>
@@ -338,6 +339,32 @@ void BM_ConvexPoly(benchmark::State& state) {
 #endif
 }
 BENCHMARK(BM_ConvexPoly)->Arg(1000000)->Unit(benchmark::kMillisecond);
+
+// CcvxHull2D (Graham scan) on the same 1e6 random points, with cv::convexHull side by side.
+void BM_ConvexHull2D(benchmark::State& state) {
+    std::vector<P> const pts = randomPoints(std::size_t(state.range(0)), 1e4, 9);
+    std::vector<Cvector2<double>> vec;
+    vec.reserve(pts.size());
+    for (P const& p : pts) {
+        vec.emplace_back(p.x, p.y);
+    }
+    for (auto _ : state) {
+        math::CcvxHull2D<double> const hull(vec);
+        benchmark::DoNotOptimize(hull.points().size());
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+#ifdef MGEO_HAVE_OPENCV
+    std::vector<cv::Point2f> cvPts;
+    for (P const& p : pts) {
+        cvPts.emplace_back(float(p.x), float(p.y));
+    }
+    std::vector<cv::Point2f> cvHull;
+    double const ours = secondsPerRun([&] { math::CcvxHull2D<double> const hull(vec); }, 3);
+    double const theirs = secondsPerRun([&] { cv::convexHull(cvPts, cvHull); }, 3);
+    state.counters["mgeo_over_cv"] = ours / theirs;
+#endif
+}
+BENCHMARK(BM_ConvexHull2D)->Arg(1000000)->Unit(benchmark::kMillisecond);
 
 void BM_MinimumEnclosingRect(benchmark::State& state) {
     Poly poly(randomPoints(std::size_t(state.range(0)), 1e4, 10));
