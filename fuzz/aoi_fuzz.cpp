@@ -123,12 +123,4 @@ void run(fuzz::Input& in) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-    fuzz::Input in(data, size);
-    if (in.flag()) {
-        run<double>(in);
-    } else {
-        run<float>(in);
-    }
-    return 0;
-}
+MGEO_FUZZ_REAL_ENTRY(run)

@@ -270,3 +270,16 @@ std::vector<math::Cpoint3<T>> points3(Input& in, std::size_t maxCount) {
 inline unsigned long long maxItr(Input& in, unsigned long long cap) { return in.u16() % (cap + 1); }
 
 }  // namespace fuzz
+
+// The entry point of a target whose template run<T>(fuzz::Input&) serves float and double: a
+// flag read first picks the type.
+#define MGEO_FUZZ_REAL_ENTRY(run)                                                      \
+    extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) { \
+        fuzz::Input in(data, size);                                                    \
+        if (in.flag()) {                                                               \
+            run<double>(in);                                                           \
+        } else {                                                                       \
+            run<float>(in);                                                            \
+        }                                                                              \
+        return 0;                                                                      \
+    }
