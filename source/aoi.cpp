@@ -202,18 +202,48 @@ public:
             }
             return;
         }
-        m_blocks.clear();
-        m_blocks.push_back({xa, xb, ya, yb});
-        while (!m_blocks.empty()) {
-            Tblock const b = m_blocks.back();
-            m_blocks.pop_back();
-            block(b, fill);
+        // Bands of at most kBandRows rows; within a band the inside pieces of each row are
+        // joined before they are written (blocks reach a row from left to right).
+        for (long long y0 = ya; y0 <= yb; y0 += kBandRows) {
+            long long const y1 = std::min(yb, y0 + (kBandRows - 1));
+            m_pending.assign(static_cast<std::size_t>(y1 - y0 + 1), {0, -1});
+            auto const add = [&](long long y, long long x0, long long x1) {
+                std::pair<long long, long long>& p = m_pending[static_cast<std::size_t>(y - y0)];
+                if (p.first <= p.second && x0 <= p.second + 1 && x1 + 1 >= p.first) {
+                    p.first = std::min(p.first, x0);
+                    p.second = std::max(p.second, x1);
+                    return;
+                }
+                if (p.first <= p.second) {
+                    fill(y, p.first, p.second);
+                }
+                p = {x0, x1};
+            };
+            m_blocks.clear();
+            m_blocks.push_back({xa, xb, y0, y1, {T(0), T(0), T(0), T(0)}, false, 0, 0});
+            while (!m_blocks.empty()) {
+                Tblock const b = m_blocks.back();
+                m_blocks.pop_back();
+                block(b, add);
+            }
+            for (long long y = y0; y <= y1; ++y) {
+                std::pair<long long, long long> const& p =
+                    m_pending[static_cast<std::size_t>(y - y0)];
+                if (p.first <= p.second) {
+                    fill(y, p.first, p.second);
+                }
+            }
         }
     }
 
 private:
+    // A block of pixels [x0, x1] x [y0, y1]; when `keyed`, the keys at its corners (x0, y0),
+    // (x1, y0), (x0, y1), (x1, y1).
     struct Tblock {
         long long x0, x1, y0, y1;
+        T k[4];
+        bool keyed;
+        std::size_t lo, hi;  // the parent's index range, a starting point for the search
     };
     // A stretch [s, e] of the current row with the table index known at both ends.
     struct Tstretch {
@@ -223,6 +253,7 @@ private:
         std::size_t ie;
     };
 
+    static constexpr long long kBandRows = 2048;
     static constexpr T kKeyError = T(2048) * std::numeric_limits<T>::epsilon() / T(2);
 
     template <class Fill>
@@ -236,18 +267,25 @@ private:
         std::size_t hi = m_m;
         T const d0 = py0 - m_c.y;
         T const d1 = py1 - m_c.y;
-        if ((d0 > T(0) && d1 > T(0)) || (d0 < T(0) && d1 < T(0))) {
-            T const k00 = detail::thetaKey(m_c.x, m_c.y, px0, py0);
-            T const k10 = detail::thetaKey(m_c.x, m_c.y, px1, py0);
-            T const k01 = detail::thetaKey(m_c.x, m_c.y, px0, py1);
-            T const k11 = detail::thetaKey(m_c.x, m_c.y, px1, py1);
+        bool const oneSide = (d0 > T(0) && d1 > T(0)) || (d0 < T(0) && d1 < T(0));
+        T k00 = b.k[0];
+        T k10 = b.k[1];
+        T k01 = b.k[2];
+        T k11 = b.k[3];
+        if (oneSide) {
+            if (!b.keyed) {
+                k00 = key(px0, py0);
+                k10 = key(px1, py0);
+                k01 = key(px0, py1);
+                k11 = key(px1, py1);
+            }
             double const kMin =
                 static_cast<double>(std::min(std::min(k00, k10), std::min(k01, k11)));
             double const kMax =
                 static_cast<double>(std::max(std::max(k00, k10), std::max(k01, k11)));
             double const margin = 3.0 * static_cast<double>(kKeyError);
-            lo = countBelow(kMin - margin);
-            hi = countBelow(kMax + margin);
+            lo = countBelow(kMin - margin, b.lo);
+            hi = countBelow(kMax + margin, b.hi);
         }
         // Corner signs of every edge the block's indices can select.
         bool allIn = true;
@@ -284,24 +322,55 @@ private:
             decide(b.x0, b.x1, [&](long long x0, long long x1) { fill(b.y0, x0, x1); });
             return;
         }
+        // Halves; the keys at their new corners when the block lies on one side of the
+        // centre's row (the halves do too).
         if (b.x1 - b.x0 > b.y1 - b.y0) {
             long long const xm = b.x0 + (b.x1 - b.x0) / 2;
-            m_blocks.push_back({xm + 1, b.x1, b.y0, b.y1});
-            m_blocks.push_back({b.x0, xm, b.y0, b.y1});
+            T const pm = static_cast<T>(xm);
+            T const pn = static_cast<T>(xm + 1);
+            T kl[4] = {k00, T(0), k01, T(0)};
+            T kr[4] = {T(0), k10, T(0), k11};
+            if (oneSide) {
+                kl[1] = key(pm, py0);
+                kl[3] = key(pm, py1);
+                kr[0] = key(pn, py0);
+                kr[2] = key(pn, py1);
+            }
+            m_blocks.push_back(
+                {xm + 1, b.x1, b.y0, b.y1, {kr[0], kr[1], kr[2], kr[3]}, oneSide, lo, hi});
+            m_blocks.push_back(
+                {b.x0, xm, b.y0, b.y1, {kl[0], kl[1], kl[2], kl[3]}, oneSide, lo, hi});
         } else {
             long long const ym = b.y0 + (b.y1 - b.y0) / 2;
-            m_blocks.push_back({b.x0, b.x1, ym + 1, b.y1});
-            m_blocks.push_back({b.x0, b.x1, b.y0, ym});
+            T const pm = static_cast<T>(ym);
+            T const pn = static_cast<T>(ym + 1);
+            T kt[4] = {k00, k10, T(0), T(0)};
+            T kb[4] = {T(0), T(0), k01, k11};
+            if (oneSide) {
+                kt[2] = key(px0, pm);
+                kt[3] = key(px1, pm);
+                kb[0] = key(px0, pn);
+                kb[1] = key(px1, pn);
+            }
+            m_blocks.push_back(
+                {b.x0, b.x1, ym + 1, b.y1, {kb[0], kb[1], kb[2], kb[3]}, oneSide, lo, hi});
+            m_blocks.push_back(
+                {b.x0, b.x1, b.y0, ym, {kt[0], kt[1], kt[2], kt[3]}, oneSide, lo, hi});
         }
     }
 
-    // The number of table keys below v (keys finite, sorted ascending).
-    std::size_t countBelow(double v) const {
-        return static_cast<std::size_t>(std::lower_bound(m_table.begin(), m_table.end(), v,
-                                                         [](Entry const& e, double k) {
-                                                             return static_cast<double>(e.key) < k;
-                                                         }) -
-                                        m_table.begin());
+    T key(T px, T py) const { return detail::thetaKey(m_c.x, m_c.y, px, py); }
+
+    // The number of table keys below v (keys finite, sorted ascending), stepped from `from`.
+    std::size_t countBelow(double v, std::size_t from) const {
+        std::size_t i = std::min(from, m_m);
+        while (i > 0 && !(static_cast<double>(m_table[i - 1].key) < v)) {
+            --i;
+        }
+        while (i < m_m && static_cast<double>(m_table[i].key) < v) {
+            ++i;
+        }
+        return i;
     }
     Cpoint2<T> const& vertexA(std::size_t idx) const {
         return (idx != 0 && idx != m_m) ? m_table[idx].vertex : m_table[0].vertex;
@@ -534,6 +603,7 @@ private:
     std::size_t m_hintS = 0;
     // Blocks and stretches still to decide.
     std::vector<Tblock> m_blocks;
+    std::vector<std::pair<long long, long long>> m_pending;  // per row of a band: [first, last]
     std::vector<Tstretch> m_stack;
 };
 
