@@ -327,6 +327,14 @@ TYPED_TEST(AreaOfInterest, ConvexMaskEqualsPointwiseTest) {
         }
         EXPECT_TRUE(maskMatchesPointwise(aoi)) << "seed " << seed << ", grid " << grid;
     }
+    // Taller than one band of rows, and a union of two overlapping ones.
+    Aoi<T> tall(Poly<T>::convexPoly(
+        mgeo_test::ellipsePoints<T>(20.5, 2200.25, 12.0, 2150.0, 0.004, 40), true));
+    tall.add(
+        Poly<T>::convexPoly(mgeo_test::ellipsePoints<T>(30, 2100, 9.0, 2080.0, -0.003, 33), true));
+    ASSERT_TRUE(tall.calculate());
+    EXPECT_EQ(tall.getPolygon(0).type(), Poly<T>::convex);
+    EXPECT_TRUE(maskMatchesPointwise(tall));
 }
 
 // Far from the origin (float spacing 1/16 at 1e6) and with classifications that no longer fit
