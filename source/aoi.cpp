@@ -164,9 +164,10 @@ bool toIntRange(T v, long long& out) {
 //      >= 0 everywhere when it is >= 0 at the four corners, and < 0 everywhere when < 0 there;
 //  (2) along a row k, hence idx, is monotone in px;
 //  (3) the computed key is within kKeyError = 2048 u (u the unit roundoff of T) of the exact
-//      pseudo-angle of p - centre: the differences, the sum and the quotient cost a relative
-//      4u on t = dy / s, the adjustment 2 - t or t + 4 another 4u absolute, 90 t and 360 - 90 t
-//      another 360u each: at most 1530u in all. Over a block that lies strictly on one side of
+//      pseudo-angle of p - centre: the differences, the sum and the quotient cost at most 5u on
+//      dy / s (relative 4u + O(u^2), |dy / s| <= 1), the adjustment 2 - t or t + 4 another 4u,
+//      so 9u on t <= 4; 90 t adds 810u + 360u and 360 - 90 t another 360u: at most 1530u in
+//      all (subnormal differences are exact). Over a block that lies strictly on one side of
 //      the centre's row the exact pseudo-angle is monotone in the angle, so its extremes are at
 //      corners; the keys of all pixels of the block then lie within 2 kKeyError of the range of
 //      the computed corner keys, and their indices within the lower bounds of its ends.
