@@ -90,6 +90,17 @@ long long hintOf(double x, long long lo, long long hi) {
     return static_cast<long long>(std::floor(x));
 }
 
+// floor(x) clamped into [lo, hi], with -inf giving lo, +inf giving hi and NaN giving lo.
+long long clampedFloor(double x, long long lo, long long hi) {
+    if (!(x > static_cast<double>(lo))) {
+        return lo;
+    }
+    if (x >= static_cast<double>(hi)) {
+        return hi;
+    }
+    return static_cast<long long>(std::floor(x));
+}
+
 // The integers k in [lo, hi] with a <= T(k) <= b, as [first, last] (empty when first > last).
 // T(k) is monotone in k, so the set is an interval; NaN bounds give an empty set.
 template <typename T>
@@ -141,6 +152,461 @@ bool toIntRange(T v, long long& out) {
     out = static_cast<long long>(d);
     return true;
 }
+
+// The mask of a convex polygon's angular point test, bit for bit.
+//
+// The point test computes the key k = theta(centre, p), the index idx = lower bound of k in the
+// sorted table (first entry whose key is not less than k), and answers o_idx(p) >= 0, where
+// o_j = orientation(E_j, p) with the table edge E_j = (vertex j, vertex j - 1) for 0 < j < m and
+// E_0 = E_m = (vertex 0, vertex m - 1). Facts about the computed values used here:
+//  (1) o_j(px, py) is monotone in px and in py separately (every operation is a correctly
+//      rounded, monotone function of its one varying operand), so over a block of pixels it is
+//      >= 0 everywhere when it is >= 0 at the four corners, and < 0 everywhere when < 0 there;
+//  (2) along a row k, hence idx, is monotone in px;
+//  (3) the computed key is within kKeyError = 2048 u (u the unit roundoff of T) of the exact
+//      pseudo-angle of p - centre: the differences, the sum and the quotient cost at most 5u on
+//      dy / s (relative 4u + O(u^2), |dy / s| <= 1), the adjustment 2 - t or t + 4 another 4u,
+//      so 9u on t <= 4; 90 t adds 810u + 360u and 360 - 90 t another 360u: at most 1530u in
+//      all (subnormal differences are exact). Over a block that lies strictly on one side of
+//      the centre's row the exact pseudo-angle is monotone in the angle, so its extremes are at
+//      corners; the keys of all pixels of the block then lie within 2 kKeyError of the range of
+//      the computed corner keys, and their indices within the lower bounds of its ends.
+// The pixel box is split recursively (k-d, the longer side first). A block is inside when every
+// edge its indices can select is >= 0 at its corners (every edge when its indices are unknown),
+// outside when every such edge is < 0 there, one run per row when all its indices select one
+// edge (the boundary then found on the monotone o_j); a single row is decided by the exact run
+// search of decide(). Coordinates are limited to 2^60 so that no product overflows; beyond, the
+// exact run search does every row.
+template <typename T>
+class CconvexScan {
+public:
+    using Entry = typename Cpolygon2<T>::TangleEntry;
+
+    // table: the angular table (sorted, finite keys, at least one entry); centre finite.
+    CconvexScan(std::vector<Entry> const& table, Cpoint2<T> const& centre)
+        : m_table(table), m_c(centre), m_m(table.size()) {}
+
+    // Calls fill(y, x0, x1) for the runs of inside pixels in the columns [xa, xb] of the rows
+    // [ya, yb].
+    template <class Fill>
+    void fillBox(long long xa, long long xb, long long ya, long long yb, Fill const& fill) {
+        T const limit = T(1152921504606846976.0);  // 2^60
+        auto const small = [limit](T v) { return std::fabs(v) <= limit; };
+        bool ok = small(m_c.x) && small(m_c.y);
+        for (Entry const& e : m_table) {
+            ok = ok && small(e.vertex.x) && small(e.vertex.y);
+        }
+        if (!ok) {
+            for (long long y = ya; y <= yb; ++y) {
+                exactSpan(static_cast<T>(y), xa, xb,
+                          [&](long long x0, long long x1) { fill(y, x0, x1); });
+            }
+            return;
+        }
+        // Bands of at most kBandRows rows; within a band the inside pieces of each row are
+        // joined before they are written (blocks reach a row from left to right).
+        for (long long y0 = ya; y0 <= yb; y0 += kBandRows) {
+            long long const y1 = std::min(yb, y0 + (kBandRows - 1));
+            m_pending.assign(static_cast<std::size_t>(y1 - y0 + 1), {0, -1});
+            auto const add = [&](long long y, long long x0, long long x1) {
+                std::pair<long long, long long>& p = m_pending[static_cast<std::size_t>(y - y0)];
+                if (p.first <= p.second && x0 <= p.second + 1 && x1 + 1 >= p.first) {
+                    p.first = std::min(p.first, x0);
+                    p.second = std::max(p.second, x1);
+                    return;
+                }
+                if (p.first <= p.second) {
+                    fill(y, p.first, p.second);
+                }
+                p = {x0, x1};
+            };
+            m_blocks.clear();
+            m_blocks.push_back({xa, xb, y0, y1, {T(0), T(0), T(0), T(0)}, false, 0, 0});
+            while (!m_blocks.empty()) {
+                Tblock const b = m_blocks.back();
+                m_blocks.pop_back();
+                block(b, add);
+            }
+            for (long long y = y0; y <= y1; ++y) {
+                std::pair<long long, long long> const& p =
+                    m_pending[static_cast<std::size_t>(y - y0)];
+                if (p.first <= p.second) {
+                    fill(y, p.first, p.second);
+                }
+            }
+        }
+    }
+
+private:
+    // A block of pixels [x0, x1] x [y0, y1]; when `keyed`, the keys at its corners (x0, y0),
+    // (x1, y0), (x0, y1), (x1, y1).
+    struct Tblock {
+        long long x0, x1, y0, y1;
+        T k[4];
+        bool keyed;
+        std::size_t lo, hi;  // the parent's index range, a starting point for the search
+    };
+    // A stretch [s, e] of the current row with the table index known at both ends.
+    struct Tstretch {
+        long long s;
+        std::size_t is;
+        long long e;
+        std::size_t ie;
+    };
+
+    static constexpr long long kBandRows = 2048;
+    static constexpr T kKeyError = T(2048) * std::numeric_limits<T>::epsilon() / T(2);
+
+    template <class Fill>
+    void block(Tblock const& b, Fill const& fill) {
+        T const px0 = static_cast<T>(b.x0);
+        T const px1 = static_cast<T>(b.x1);
+        T const py0 = static_cast<T>(b.y0);
+        T const py1 = static_cast<T>(b.y1);
+        // Indices the block's pixels can have: [lo, hi], all of 0..m when unknown.
+        std::size_t lo = 0;
+        std::size_t hi = m_m;
+        T const d0 = py0 - m_c.y;
+        T const d1 = py1 - m_c.y;
+        bool const oneSide = (d0 > T(0) && d1 > T(0)) || (d0 < T(0) && d1 < T(0));
+        T k00 = b.k[0];
+        T k10 = b.k[1];
+        T k01 = b.k[2];
+        T k11 = b.k[3];
+        if (oneSide) {
+            if (!b.keyed) {
+                k00 = key(px0, py0);
+                k10 = key(px1, py0);
+                k01 = key(px0, py1);
+                k11 = key(px1, py1);
+            }
+            double const kMin =
+                static_cast<double>(std::min(std::min(k00, k10), std::min(k01, k11)));
+            double const kMax =
+                static_cast<double>(std::max(std::max(k00, k10), std::max(k01, k11)));
+            double const margin = 3.0 * static_cast<double>(kKeyError);
+            lo = countBelow(kMin - margin, b.lo);
+            hi = countBelow(kMax + margin, b.hi);
+        }
+        // Corner signs of every edge the block's indices can select.
+        bool allIn = true;
+        bool allOut = true;
+        std::size_t const e0 = edgeOf(lo);
+        bool oneEdge = true;
+        for (std::size_t j = lo; j <= hi && (allIn || allOut || oneEdge); ++j) {
+            oneEdge = oneEdge && edgeOf(j) == e0;
+            T const o00 = orient(j, px0, py0);
+            T const o10 = orient(j, px1, py0);
+            T const o01 = orient(j, px0, py1);
+            T const o11 = orient(j, px1, py1);
+            allIn = allIn && o00 >= T(0) && o10 >= T(0) && o01 >= T(0) && o11 >= T(0);
+            allOut = allOut && o00 < T(0) && o10 < T(0) && o01 < T(0) && o11 < T(0);
+        }
+        if (allIn) {
+            for (long long y = b.y0; y <= b.y1; ++y) {
+                fill(y, b.x0, b.x1);
+            }
+            return;
+        }
+        if (allOut) {
+            return;
+        }
+        if (oneEdge) {
+            for (long long y = b.y0; y <= b.y1; ++y) {
+                m_py = static_cast<T>(y);
+                run(b.x0, b.x1, e0, [&](long long x0, long long x1) { fill(y, x0, x1); });
+            }
+            return;
+        }
+        if (b.y0 == b.y1) {
+            m_py = py0;
+            decide(b.x0, b.x1, [&](long long x0, long long x1) { fill(b.y0, x0, x1); });
+            return;
+        }
+        // Halves; the keys at their new corners when the block lies on one side of the
+        // centre's row (the halves do too).
+        if (b.x1 - b.x0 > b.y1 - b.y0) {
+            long long const xm = b.x0 + (b.x1 - b.x0) / 2;
+            T const pm = static_cast<T>(xm);
+            T const pn = static_cast<T>(xm + 1);
+            T kl[4] = {k00, T(0), k01, T(0)};
+            T kr[4] = {T(0), k10, T(0), k11};
+            if (oneSide) {
+                kl[1] = key(pm, py0);
+                kl[3] = key(pm, py1);
+                kr[0] = key(pn, py0);
+                kr[2] = key(pn, py1);
+            }
+            m_blocks.push_back(
+                {xm + 1, b.x1, b.y0, b.y1, {kr[0], kr[1], kr[2], kr[3]}, oneSide, lo, hi});
+            m_blocks.push_back(
+                {b.x0, xm, b.y0, b.y1, {kl[0], kl[1], kl[2], kl[3]}, oneSide, lo, hi});
+        } else {
+            long long const ym = b.y0 + (b.y1 - b.y0) / 2;
+            T const pm = static_cast<T>(ym);
+            T const pn = static_cast<T>(ym + 1);
+            T kt[4] = {k00, k10, T(0), T(0)};
+            T kb[4] = {T(0), T(0), k01, k11};
+            if (oneSide) {
+                kt[2] = key(px0, pm);
+                kt[3] = key(px1, pm);
+                kb[0] = key(px0, pn);
+                kb[1] = key(px1, pn);
+            }
+            m_blocks.push_back(
+                {b.x0, b.x1, ym + 1, b.y1, {kb[0], kb[1], kb[2], kb[3]}, oneSide, lo, hi});
+            m_blocks.push_back(
+                {b.x0, b.x1, b.y0, ym, {kt[0], kt[1], kt[2], kt[3]}, oneSide, lo, hi});
+        }
+    }
+
+    T key(T px, T py) const { return detail::thetaKey(m_c.x, m_c.y, px, py); }
+
+    // The number of table keys below v (keys finite, sorted ascending), stepped from `from`.
+    std::size_t countBelow(double v, std::size_t from) const {
+        std::size_t i = std::min(from, m_m);
+        while (i > 0 && !(static_cast<double>(m_table[i - 1].key) < v)) {
+            --i;
+        }
+        while (i < m_m && static_cast<double>(m_table[i].key) < v) {
+            ++i;
+        }
+        return i;
+    }
+    Cpoint2<T> const& vertexA(std::size_t idx) const {
+        return (idx != 0 && idx != m_m) ? m_table[idx].vertex : m_table[0].vertex;
+    }
+    Cpoint2<T> const& vertexB(std::size_t idx) const {
+        return (idx != 0 && idx != m_m) ? m_table[idx - 1].vertex : m_table[m_m - 1].vertex;
+    }
+    // The point test's orientation for index idx at (px, py).
+    T orient(std::size_t idx, T px, T py) const {
+        Cpoint2<T> const& a = vertexA(idx);
+        Cpoint2<T> const& b = vertexB(idx);
+        return orientation(a.x, a.y, b.x, b.y, px, py);
+    }
+    // The lower bound of key k, stepped from j (the table is sorted by keyLess).
+    std::size_t stepIndex(T k, std::size_t j) const {
+        while (j < m_m && detail::keyLess(m_table[j].key, k)) {
+            ++j;
+        }
+        while (j > 0 && !detail::keyLess(m_table[j - 1].key, k)) {
+            --j;
+        }
+        return j;
+    }
+    std::size_t indexAt(long long x, std::size_t& hint) const {
+        hint = stepIndex(detail::thetaKey(m_c.x, m_c.y, static_cast<T>(x), m_py), hint);
+        return hint;
+    }
+
+    // Every pixel in [x0, x1] is outside, given idx at both ends (see the class comment).
+    bool certainlyOutside(long long x0, std::size_t i0, long long x1, std::size_t i1) const {
+        std::size_t const lo = std::min(i0, i1);
+        std::size_t const hi = std::max(i0, i1);
+        if (hi - lo > kMaxCertifiedRange) {
+            return false;
+        }
+        T const p0 = static_cast<T>(x0);
+        T const p1 = static_cast<T>(x1);
+        for (std::size_t j = lo; j <= hi; ++j) {
+            if (!(orient(j, p0, m_py) < T(0)) || !(orient(j, p1, m_py) < T(0))) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    // The edge an index selects: idx and idx m both select E_0.
+    std::size_t edgeOf(std::size_t idx) const { return idx == m_m ? 0 : idx; }
+
+    // Decides the pixels [s, e] of the current row (s <= e). A stretch with one index at both
+    // ends is one run: the orientation test of that edge, monotone, places its boundary. A
+    // stretch whose edges are all negative at both ends is outside. Any other stretch is split
+    // where the ray through the vertex between its middle indices meets the row (the split
+    // pixel's index computed exactly), or at its middle when that estimate is unusable.
+    template <class Fill>
+    void decide(long long s, long long e, Fill const& fill) {
+        std::size_t const is = indexAt(s, m_hintS);
+        std::size_t hintE = is;
+        std::size_t const ie = (e == s) ? is : indexAt(e, hintE);
+        m_stack.clear();
+        m_stack.push_back({s, is, e, ie});
+        while (!m_stack.empty()) {
+            Tstretch const st = m_stack.back();
+            m_stack.pop_back();
+            if (st.is == st.ie) {
+                run(st.s, st.e, st.is, fill);
+                continue;
+            }
+            if (st.e - st.s <= 1) {
+                run(st.s, st.s, st.is, fill);
+                run(st.e, st.e, st.ie, fill);
+                continue;
+            }
+            if (certainlyOutside(st.s, st.is, st.e, st.ie)) {
+                continue;
+            }
+            long long const mid = splitPoint(st);
+            std::size_t hint = st.is;
+            std::size_t const im = indexAt(mid, hint);
+            m_stack.push_back({mid, im, st.e, st.ie});
+            m_stack.push_back({st.s, st.is, mid, im});
+        }
+    }
+
+    // Inside pixels of [s, e] when every pixel there has index j: {x : o_j(x) >= 0} is an
+    // interval containing one end or neither.
+    template <class Fill>
+    void run(long long s, long long e, std::size_t j, Fill const& fill) const {
+        Cpoint2<T> const& a = vertexA(j);
+        Cpoint2<T> const& b = vertexB(j);
+        T const py = m_py;
+        auto const inside = [&](long long xx) {
+            return orientation(a.x, a.y, b.x, b.y, static_cast<T>(xx), py) >= T(0);
+        };
+        bool const in0 = inside(s);
+        bool const in1 = (e == s) ? in0 : inside(e);
+        if (!in0 && !in1) {
+            return;
+        }
+        if (in0 && in1) {
+            fill(s, e);
+            return;
+        }
+        long long lineHint = s;
+        double const by = static_cast<double>(b.y) - static_cast<double>(a.y);
+        if (by != 0.0) {
+            double const bx = static_cast<double>(b.x) - static_cast<double>(a.x);
+            double const ay = static_cast<double>(py) - static_cast<double>(a.y);
+            lineHint = hintOf(static_cast<double>(a.x) + bx * ay / by, s, e);
+        }
+        if (in0) {
+            fill(s, lastTrue(s, e, lineHint, inside));
+        } else {
+            long long const t = lastTrue(s, e, lineHint, [&](long long xx) { return !inside(xx); });
+            fill(t + 1, e);
+        }
+    }
+
+    // A pixel strictly inside (s, e): where the ray from the centre through the vertex
+    // table[k] meets the row, k the middle of the indices (keys up to K_k give indices up to
+    // k); moved into (s, e) by one pixel when it lands on or beyond an end; the middle pixel
+    // when the ray does not meet the row.
+    long long splitPoint(Tstretch const& st) const {
+        std::size_t const lo = std::min(st.is, st.ie);
+        std::size_t const hi = std::max(st.is, st.ie);
+        std::size_t const k = lo + (hi - lo) / 2;  // lo <= k < hi <= m, so k < m
+        Cpoint2<T> const& v = m_table[k].vertex;
+        double const dyc = static_cast<double>(m_py) - static_cast<double>(m_c.y);
+        double const vy = static_cast<double>(v.y) - static_cast<double>(m_c.y);
+        double const vx = static_cast<double>(v.x) - static_cast<double>(m_c.x);
+        double const q = dyc / vy;
+        double const x = static_cast<double>(m_c.x) + vx * q;
+        if (vy != 0.0 && q > 0.0 && std::isfinite(x)) {
+            return clampedFloor(x, st.s + 1, st.e - 1);
+        }
+        return st.s + (st.e - st.s) / 2;
+    }
+
+    // The exact run search over the columns [xs, xe] of the row py: along the row the key is
+    // monotone, hence the table index; within one index the orientation test is monotone.
+    template <class Fill>
+    void exactSpan(T py, long long xs, long long xe, Fill const& fill) const {
+        if (xs > xe) {
+            return;
+        }
+        std::vector<Entry> const& table = m_table;
+        std::size_t const m = m_m;
+        Cpoint2<T> const c = m_c;
+        double const dyc = static_cast<double>(py) - static_cast<double>(c.y);
+        // The last few keys evaluated, so that the key just past a run (found false by the run
+        // search) is not computed again for the next run.
+        long long cacheX[4] = {xs - 1, xs - 1, xs - 1, xs - 1};
+        T cacheKey[4] = {T(0), T(0), T(0), T(0)};
+        unsigned cacheNext = 0;
+        auto const keyAt = [&](long long x) {
+            for (unsigned i = 0; i < 4; ++i) {
+                if (cacheX[i] == x) {
+                    return cacheKey[i];
+                }
+            }
+            T const k = detail::thetaKey(c.x, c.y, static_cast<T>(x), py);
+            cacheX[cacheNext] = x;
+            cacheKey[cacheNext] = k;
+            cacheNext = (cacheNext + 1) & 3u;
+            return k;
+        };
+        long long x = xs;
+        std::size_t j = static_cast<std::size_t>(
+            std::lower_bound(table.begin(), table.end(), keyAt(x),
+                             [](Entry const& e, T k) { return detail::keyLess(e.key, k); }) -
+            table.begin());
+        while (x <= xe) {
+            // The lower bound of the key at x, stepped from the previous run's index.
+            j = stepIndex(keyAt(x), j);
+            // Same index as long as K[j-1] < key and not K[j] < key.
+            auto const sameRun = [&](long long xx) {
+                T const k = keyAt(xx);
+                return (j == 0 || detail::keyLess(table[j - 1].key, k)) &&
+                       (j == m || !detail::keyLess(table[j].key, k));
+            };
+            // Hint: where the ray from the centre through the next boundary vertex meets the
+            // row (the key rises along the row below the centre, falls above it).
+            long long hint = x;
+            std::size_t const bj = dyc > 0.0 ? j : (j == 0 ? m : j - 1);
+            if (bj < m) {
+                Cpoint2<T> const& v = table[bj].vertex;
+                double const vy = static_cast<double>(v.y) - static_cast<double>(c.y);
+                if (vy != 0.0) {
+                    double const vx = static_cast<double>(v.x) - static_cast<double>(c.x);
+                    hint = hintOf(static_cast<double>(c.x) + vx * dyc / vy, x, xe);
+                }
+            }
+            long long const e = lastTrue(x, xe, hint, sameRun);
+            Cpoint2<T> const& a = vertexA(j);
+            Cpoint2<T> const& b = vertexB(j);
+            auto const inside = [&](long long xx) {
+                return orientation(a.x, a.y, b.x, b.y, static_cast<T>(xx), py) >= T(0);
+            };
+            bool const in0 = inside(x);
+            bool const in1 = inside(e);
+            if (in0 || in1) {
+                long long lineHint = x;
+                double const by = static_cast<double>(b.y) - static_cast<double>(a.y);
+                if (by != 0.0) {
+                    double const bx = static_cast<double>(b.x) - static_cast<double>(a.x);
+                    double const ay = static_cast<double>(py) - static_cast<double>(a.y);
+                    lineHint = hintOf(static_cast<double>(a.x) + bx * ay / by, x, e);
+                }
+                if (in0 && in1) {
+                    fill(x, e);
+                } else if (in0) {
+                    fill(x, lastTrue(x, e, lineHint, inside));
+                } else {
+                    long long const t =
+                        lastTrue(x, e, lineHint, [&](long long xx) { return !inside(xx); });
+                    fill(t + 1, e);
+                }
+            }
+            x = e + 1;
+        }
+    }
+
+    // Table indices spanned by an outside certificate.
+    static constexpr std::size_t kMaxCertifiedRange = 64;
+
+    std::vector<Entry> const& m_table;
+    Cpoint2<T> m_c;
+    std::size_t m_m;
+    // The row of the run and stretch searches; an index hint carried between them.
+    T m_py = T(0);
+    std::size_t m_hintS = 0;
+    // Blocks and stretches still to decide.
+    std::vector<Tblock> m_blocks;
+    std::vector<std::pair<long long, long long>> m_pending;  // per row of a band: [first, last]
+    std::vector<Tstretch> m_stack;
+};
 
 [[noreturn]] void throwPolyIndex(long long i, std::size_t count) {
     CthrowMath err(CthrowMath::ERR_PRIMEXT_AOI_POLYINDEX, std::c_empty);
@@ -405,102 +871,11 @@ void Caoi<T>::fillPolygon(TpolyInfo const& info) {
     }
 
     if (type == Poly::convex) {
-        // Angular search: along a row the key theta(centre, p) is monotone in x, hence the
-        // table index; within one index the orientation test is monotone.
-        auto const& table = poly.m_table;
-        std::size_t const m = table.size();
-        if (m == 0) {
+        if (poly.m_table.empty()) {
             return;
         }
-        Cpoint2<T> const c = poly.m_center;
-        auto const indexOf = [&table](T key) {
-            return static_cast<std::size_t>(
-                std::lower_bound(table.begin(), table.end(), key,
-                                 [](typename Poly::TangleEntry const& e, T k) {
-                                     return detail::keyLess(e.key, k);
-                                 }) -
-                table.begin());
-        };
-        for (long long y = rows.first; y <= rows.second; ++y) {
-            T const py = px(y);
-            double const dyc = static_cast<double>(py) - static_cast<double>(c.y);
-            // The last few keys evaluated, so that the key just past a run (found false by
-            // the run search) is not computed again for the next run.
-            long long cacheX[4] = {xa - 1, xa - 1, xa - 1, xa - 1};
-            T cacheKey[4] = {T(0), T(0), T(0), T(0)};
-            unsigned cacheNext = 0;
-            auto const keyAt = [&](long long x) {
-                for (unsigned i = 0; i < 4; ++i) {
-                    if (cacheX[i] == x) {
-                        return cacheKey[i];
-                    }
-                }
-                T const k = detail::thetaKey(c.x, c.y, px(x), py);
-                cacheX[cacheNext] = x;
-                cacheKey[cacheNext] = k;
-                cacheNext = (cacheNext + 1) & 3u;
-                return k;
-            };
-            long long x = xa;
-            std::size_t j = indexOf(keyAt(x));
-            while (x <= xb) {
-                // The first entry whose key is not less than the key at x (the lower bound),
-                // stepped from the previous run's index: the index is monotone along the row.
-                T const kx = keyAt(x);
-                while (j < m && detail::keyLess(table[j].key, kx)) {
-                    ++j;
-                }
-                while (j > 0 && !detail::keyLess(table[j - 1].key, kx)) {
-                    --j;
-                }
-                // Same index as long as K[j-1] < key and not K[j] < key.
-                auto const sameRun = [&](long long xx) {
-                    T const k = keyAt(xx);
-                    return (j == 0 || detail::keyLess(table[j - 1].key, k)) &&
-                           (j == m || !detail::keyLess(table[j].key, k));
-                };
-                // Hint: where the ray from the centre through the next boundary vertex meets
-                // the row (the key rises along the row below the centre, falls above it).
-                long long hint = x;
-                std::size_t const bj = dyc > 0.0 ? j : (j == 0 ? m : j - 1);
-                if (bj < m) {
-                    Cpoint2<T> const& v = table[bj].vertex;
-                    double const vy = static_cast<double>(v.y) - static_cast<double>(c.y);
-                    if (vy != 0.0) {
-                        double const vx = static_cast<double>(v.x) - static_cast<double>(c.x);
-                        hint = hintOf(static_cast<double>(c.x) + vx * dyc / vy, x, xb);
-                    }
-                }
-                long long const e = lastTrue(x, xb, hint, sameRun);
-                Cpoint2<T> const& a = (j != 0 && j != m) ? table[j].vertex : table[0].vertex;
-                Cpoint2<T> const& b =
-                    (j != 0 && j != m) ? table[j - 1].vertex : table[m - 1].vertex;
-                auto const inside = [&](long long xx) {
-                    return orientation(a.x, a.y, b.x, b.y, px(xx), py) >= T(0);
-                };
-                bool const in0 = inside(x);
-                bool const in1 = inside(e);
-                if (in0 || in1) {
-                    long long lineHint = x;
-                    double const by = static_cast<double>(b.y) - static_cast<double>(a.y);
-                    if (by != 0.0) {
-                        double const bx = static_cast<double>(b.x) - static_cast<double>(a.x);
-                        double const ay = static_cast<double>(py) - static_cast<double>(a.y);
-                        lineHint = hintOf(static_cast<double>(a.x) + bx * ay / by, x, e);
-                    }
-                    if (in0 && in1) {
-                        fill(y, x, e);
-                    } else if (in0) {
-                        fill(y, x, lastTrue(x, e, lineHint, inside));
-                    } else {
-                        long long const t =
-                            lastTrue(x, e, lineHint, [&](long long xx) { return !inside(xx); });
-                        fill(y, t + 1, e);
-                    }
-                }
-                x = e + 1;
-            }
-        }
+        CconvexScan<T> scan(poly.m_table, poly.m_center);
+        scan.fillBox(xa, xb, rows.first, rows.second, fill);
         return;
     }
 

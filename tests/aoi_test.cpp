@@ -289,6 +289,54 @@ TYPED_TEST(AreaOfInterest, MaskEqualsPointwiseTest) {
     }
 }
 
+// Convex polygons are filled block by block, with certificates on block corners and a search
+// near the boundary; every bit still equals the angular point test. Random convex polygons of 3
+// to 80 vertices, round, thin and tiny, on integer and half-integer grids (pixels on edges and
+// vertices, centres on pixel rows) and unrounded, near the origin and far from it.
+TYPED_TEST(AreaOfInterest, ConvexMaskEqualsPointwiseTest) {
+    using T = TypeParam;
+    double const grids[] = {1.0, 0.5, 0.0};
+    for (std::uint64_t seed = 1; seed <= 90; ++seed) {
+        mgeo_test::Noise rnd(seed * 7919);
+        double const grid = grids[seed % 3];
+        double const size = (seed % 4 == 0) ? 8.0 + 10.0 * rnd.unit() : 40.0 + 120.0 * rnd.unit();
+        double const aspect = (seed % 5 == 0) ? 0.05 + 0.1 * rnd.unit() : 0.5 + 0.5 * rnd.unit();
+        double const offset = (seed % 7 == 0) ? 5e4 : 0.0;
+        std::size_t const n = 3 + std::size_t(rnd.unit() * 78);
+        double const turn = 2 * mgeo_test::kPi * rnd.unit();
+        std::vector<P<T>> pts;
+        for (std::size_t i = 0; i < n; ++i) {
+            double const a = 2 * mgeo_test::kPi * rnd.unit();
+            double const u = size * std::cos(a);
+            double const v = size * aspect * std::sin(a);
+            double x = offset + size + 2 + u * std::cos(turn) - v * std::sin(turn);
+            double y = offset + size + 3 + u * std::sin(turn) + v * std::cos(turn);
+            if (grid > 0) {
+                x = std::round(x / grid) * grid;
+                y = std::round(y / grid) * grid;
+            }
+            pts.emplace_back(T(x), T(y));
+        }
+        Aoi<T> aoi(Poly<T>::convexPoly(pts, seed % 2 == 0));
+        if (!aoi.isValid()) {
+            continue;
+        }
+        ASSERT_TRUE(aoi.calculate()) << "seed " << seed;
+        if (aoi.getPolygon(0).type() != Poly<T>::convex) {
+            continue;
+        }
+        EXPECT_TRUE(maskMatchesPointwise(aoi)) << "seed " << seed << ", grid " << grid;
+    }
+    // Taller than one band of rows, and a union of two overlapping ones.
+    Aoi<T> tall(Poly<T>::convexPoly(
+        mgeo_test::ellipsePoints<T>(20.5, 2200.25, 12.0, 2150.0, 0.004, 40), true));
+    tall.add(
+        Poly<T>::convexPoly(mgeo_test::ellipsePoints<T>(30, 2100, 9.0, 2080.0, -0.003, 33), true));
+    ASSERT_TRUE(tall.calculate());
+    EXPECT_EQ(tall.getPolygon(0).type(), Poly<T>::convex);
+    EXPECT_TRUE(maskMatchesPointwise(tall));
+}
+
 // Far from the origin (float spacing 1/16 at 1e6) and with classifications that no longer fit
 // the vertices, the mask still follows the point test exactly.
 TYPED_TEST(AreaOfInterest, MaskFollowsPointTestInOddCases) {
