@@ -14,6 +14,7 @@ namespace {
 
 using math::CthrowMath;
 using mgeo_test::expectThrowId;
+using mgeo_test::makeMatrix;
 using mgeo_test::nearAbs;
 using mgeo_test::RealTypes;
 
@@ -22,13 +23,6 @@ using M = math::Cmatrix<T>;
 template <typename T>
 using C = math::CmatrixCalc<T>;
 
-template <typename T>
-M<T> make(std::size_t m, std::size_t n, std::initializer_list<double> values) {
-    M<T> a(m, n);
-    std::size_t k = 0;
-    for (double v : values) a.getBase()[k++] = T(v);
-    return a;
-}
 
 template <typename T>
 M<T> randomSymmetric(std::size_t n, std::uint64_t seed) {
@@ -60,7 +54,7 @@ TYPED_TEST_SUITE(MatrixCalc, RealTypes);
 
 TYPED_TEST(MatrixCalc, EigenOfDiagonalSortedByMagnitude) {
     using T = TypeParam;
-    M<T> a = make<T>(3, 3, {1, 0, 0, 0, -3, 0, 0, 0, 2});
+    M<T> a = makeMatrix<T>(3, 3, {1, 0, 0, 0, -3, 0, 0, 0, 2});
     M<T> v;
     C<T>::getEigenvalue(a, v);
     EXPECT_EQ(a(0, 0), T(-3));
@@ -73,7 +67,7 @@ TYPED_TEST(MatrixCalc, EigenOfDiagonalSortedByMagnitude) {
             EXPECT_EQ(std::fabs(v(r, c)), c == axis[r] ? T(1) : T(0)) << r << "," << c;
 
     // Equal magnitudes keep the order of their diagonal positions.
-    M<T> tie = make<T>(3, 3, {1, 0, 0, 0, 2, 0, 0, 0, -2});
+    M<T> tie = makeMatrix<T>(3, 3, {1, 0, 0, 0, 2, 0, 0, 0, -2});
     C<T>::getEigenvalue(tie, v);
     EXPECT_EQ(tie(0, 0), T(2));
     EXPECT_EQ(tie(1, 1), T(-2));
@@ -125,7 +119,7 @@ TYPED_TEST(MatrixCalc, EigenShapesAndIterationError) {
     EXPECT_TRUE(expectThrowId<CthrowMatrixCalc>([&] { C<T>::DiagTri(rect, v); },
                                                 CthrowMatrixCalc::ERR_SOLVE_NOTSQUAREMATRIX));
     // NaN never passes the split test: the sweeps run out and the error carries its origin.
-    M<T> bad = make<T>(2, 2, {1, 1, 1, 1});
+    M<T> bad = makeMatrix<T>(2, 2, {1, 1, 1, 1});
     bad(0, 0) = std::numeric_limits<T>::quiet_NaN();
     try {
         C<T>::getEigenvalue(bad, v);
@@ -142,11 +136,11 @@ TYPED_TEST(MatrixCalc, EigenShapesAndIterationError) {
 
 TYPED_TEST(MatrixCalc, SortDiagonalPermutation) {
     using T = TypeParam;
-    M<T> a = make<T>(4, 4, {1, 9, 9, 9, 9, -4, 9, 9, 9, 9, 4, 9, 9, 9, 9, 0});
+    M<T> a = makeMatrix<T>(4, 4, {1, 9, 9, 9, 9, -4, 9, 9, 9, 9, 4, 9, 9, 9, 9, 0});
     M<T> s;
     C<T>::sortDiagonal(a, s);
     // Order: -4 (index 1), 4 (index 2), 1 (index 0), 0 (index 3).
-    M<T> expected = make<T>(4, 4, {0, 1, 0, 0, 0, 0, 1, 0, 1, 0, 0, 0, 0, 0, 0, 1});
+    M<T> expected = makeMatrix<T>(4, 4, {0, 1, 0, 0, 0, 0, 1, 0, 1, 0, 0, 0, 0, 0, 0, 1});
     EXPECT_EQ(maxDiff(s, expected), 0.0);
 }
 
@@ -164,13 +158,13 @@ TYPED_TEST(MatrixCalc, Eigen2x2Closed) {
         EXPECT_EQ(a(0, 1), a(1, 0));
     }
     // Off-diagonal 0: V = I, A unchanged.
-    M<T> d = make<T>(2, 2, {3, 0, 0, 5});
+    M<T> d = makeMatrix<T>(2, 2, {3, 0, 0, 5});
     M<T> v;
     C<T>::getEigenvalue2x2sym(d, v);
-    EXPECT_EQ(maxDiff(v, make<T>(2, 2, {1, 0, 0, 1})), 0.0);
-    EXPECT_EQ(maxDiff(d, make<T>(2, 2, {3, 0, 0, 5})), 0.0);
+    EXPECT_EQ(maxDiff(v, makeMatrix<T>(2, 2, {1, 0, 0, 1})), 0.0);
+    EXPECT_EQ(maxDiff(d, makeMatrix<T>(2, 2, {3, 0, 0, 5})), 0.0);
     // Asymmetric or wrong shape: nothing happens.
-    M<T> asym = make<T>(2, 2, {1, 2, 3, 4});
+    M<T> asym = makeMatrix<T>(2, 2, {1, 2, 3, 4});
     M<T> v2;
     C<T>::getEigenvalue2x2sym(asym, v2);
     EXPECT_EQ(asym(0, 1), T(2));
@@ -179,8 +173,8 @@ TYPED_TEST(MatrixCalc, Eigen2x2Closed) {
 
 TYPED_TEST(MatrixCalc, Dif) {
     using T = TypeParam;
-    EXPECT_EQ(C<T>::dif(make<T>(1, 1, {1}), make<T>(1, 1, {7})), T(0));
-    EXPECT_EQ(C<T>::dif(make<T>(2, 2, {1, 2, 3, 4}), make<T>(2, 2, {0, 0, 0, 0})), T(14));
+    EXPECT_EQ(C<T>::dif(makeMatrix<T>(1, 1, {1}), makeMatrix<T>(1, 1, {7})), T(0));
+    EXPECT_EQ(C<T>::dif(makeMatrix<T>(2, 2, {1, 2, 3, 4}), makeMatrix<T>(2, 2, {0, 0, 0, 0})), T(14));
     EXPECT_EQ(C<T>::dif(M<T>(2, 2, T(0)), M<T>(4, 1, T(0))), std::numeric_limits<T>::infinity());
 }
 
@@ -205,9 +199,9 @@ TYPED_TEST(MatrixCalc, RotScale) {
 TYPED_TEST(MatrixCalc, AnglesToMatrices) {
     using T = TypeParam;
     T const a = T(0.4), b = T(-0.7), c = T(1.3);
-    auto rx = make<T>(3, 3, {1, 0, 0, 0, std::cos(a), -std::sin(a), 0, std::sin(a), std::cos(a)});
-    auto ry = make<T>(3, 3, {std::cos(b), 0, std::sin(b), 0, 1, 0, -std::sin(b), 0, std::cos(b)});
-    auto rz = make<T>(3, 3, {std::cos(c), -std::sin(c), 0, std::sin(c), std::cos(c), 0, 0, 0, 1});
+    auto rx = makeMatrix<T>(3, 3, {1, 0, 0, 0, std::cos(a), -std::sin(a), 0, std::sin(a), std::cos(a)});
+    auto ry = makeMatrix<T>(3, 3, {std::cos(b), 0, std::sin(b), 0, 1, 0, -std::sin(b), 0, std::cos(b)});
+    auto rz = makeMatrix<T>(3, 3, {std::cos(c), -std::sin(c), 0, std::sin(c), std::cos(c), 0, 0, 0, 1});
     M<T> xyz, cap, capT, zyx, zxz;
     C<T>::ArcToRotXYZ(a, b, c, xyz);
     C<T>::ArcToRotCAP(a, b, c, cap);

@@ -14,19 +14,13 @@ namespace {
 
 using math::CthrowMath;
 using mgeo_test::expectThrowId;
+using mgeo_test::makeMatrix;
 using mgeo_test::nearAbs;
 using mgeo_test::RealTypes;
 
 template <typename T>
 using M = math::Cmatrix<T>;
 
-template <typename T>
-M<T> make(std::size_t m, std::size_t n, std::initializer_list<double> values) {
-    M<T> a(m, n);
-    std::size_t k = 0;
-    for (double v : values) a.getBase()[k++] = T(v);
-    return a;
-}
 
 // Uniform entries in [-1, 1), plus `diag` on the diagonal (well conditioned for diag >= n).
 template <typename T>
@@ -88,7 +82,7 @@ TYPED_TEST_SUITE(SolverLe, RealTypes);
 
 TYPED_TEST(SolverLe, PlainInterfaceThrowsNotImplemented) {
     using T = TypeParam;
-    M<T> a = make<T>(2, 2, {1, 2, 3, 4});
+    M<T> a = makeMatrix<T>(2, 2, {1, 2, 3, 4});
     math::Csolver_le<T> s(a);
     EXPECT_TRUE(expectThrowId<CthrowMath>(
         [&] {
@@ -111,7 +105,7 @@ TYPED_TEST(SolverLe, PlainInterfaceThrowsNotImplemented) {
 
 TYPED_TEST(SolverLe, GaussJordanInvertsAndKeepsInverse) {
     using T = TypeParam;
-    M<T> a = make<T>(3, 3, {2, 1, 0, 1, 2, 1, 0, 1, 2});  // det 4
+    M<T> a = makeMatrix<T>(3, 3, {2, 1, 0, 1, 2, 1, 0, 1, 2});  // det 4
     GJ<T> gj(a);
     M<T> inv = gj.invert();
     M<T> eye(3, 3);
@@ -119,27 +113,27 @@ TYPED_TEST(SolverLe, GaussJordanInvertsAndKeepsInverse) {
     EXPECT_LE(maxDiff(a * inv, eye), 8 * double(std::numeric_limits<T>::epsilon()));
     EXPECT_EQ(maxDiff(inv, gj.matrix), 0.0);  // the inverse is also left in `matrix`
     // Several right-hand sides at once (square B, so the row exchanges are exact).
-    M<T> b = make<T>(3, 3, {1, 0, 2, 0, 1, 3, 4, 5, 6});
+    M<T> b = makeMatrix<T>(3, 3, {1, 0, 2, 0, 1, 3, 4, 5, 6});
     M<T> x = gj.solve(b);
     EXPECT_LE(maxDiff(a * x, b), 32 * double(std::numeric_limits<T>::epsilon()));
     // A single column when no row has to move (pivots stay on the diagonal).
-    M<T> d = make<T>(3, 3, {9, 1, 2, 1, 8, 1, 2, 1, 7});
+    M<T> d = makeMatrix<T>(3, 3, {9, 1, 2, 1, 8, 1, 2, 1, 7});
     GJ<T> gd(d);
     M<T> xs = gd.solve(std::vector<T>{12, 10, 10});
-    EXPECT_LE(maxDiff(xs, make<T>(3, 1, {1, 1, 1})), 8 * double(std::numeric_limits<T>::epsilon()));
+    EXPECT_LE(maxDiff(xs, makeMatrix<T>(3, 1, {1, 1, 1})), 8 * double(std::numeric_limits<T>::epsilon()));
 }
 
 TYPED_TEST(SolverLe, GaussJordanPivotTiesTakeLastAndErrors) {
     using T = TypeParam;
     // Equal largest magnitudes at (0, 1) and (1, 0): the later in row-major order wins.
-    GJ<T> gj(make<T>(2, 2, {1, 3, -3, 1}));
+    GJ<T> gj(makeMatrix<T>(2, 2, {1, 3, -3, 1}));
     M<T> inv = gj.invert();
     EXPECT_EQ(gj.pivotRows[0], 1);
     EXPECT_EQ(gj.pivotCols[0], 0);
-    EXPECT_LE(maxDiff(make<T>(2, 2, {1, 3, -3, 1}) * inv, make<T>(2, 2, {1, 0, 0, 1})),
+    EXPECT_LE(maxDiff(makeMatrix<T>(2, 2, {1, 3, -3, 1}) * inv, makeMatrix<T>(2, 2, {1, 0, 0, 1})),
               4 * double(std::numeric_limits<T>::epsilon()));
 
-    math::Csolver_GaussJordan<T> zeroRow(make<T>(3, 3, {1, 2, 3, 0, 0, 0, 4, 5, 7}));
+    math::Csolver_GaussJordan<T> zeroRow(makeMatrix<T>(3, 3, {1, 2, 3, 0, 0, 0, 4, 5, 7}));
     EXPECT_TRUE(
         expectThrowId<CthrowMath>([&] { zeroRow.invert(); }, CthrowMath::ERR_SOLVE_MATRIXSINGULAR));
     math::Csolver_GaussJordan<T> rect(M<T>(3, 2, T(1)));  // construction succeeds
@@ -148,7 +142,7 @@ TYPED_TEST(SolverLe, GaussJordanPivotTiesTakeLastAndErrors) {
             rect.solve(std::vector<T>{1, 2, 3});
         },
         CthrowMath::ERR_MATRIX_NOTSQUARE));
-    math::Csolver_GaussJordan<T> ok(make<T>(2, 2, {2, 0, 0, 2}));
+    math::Csolver_GaussJordan<T> ok(makeMatrix<T>(2, 2, {2, 0, 0, 2}));
     EXPECT_TRUE(expectThrowId<CthrowMath>(
         [&] {
             ok.solve(std::vector<T>{1, 2, 3});
@@ -163,7 +157,7 @@ TYPED_TEST(SolverLe, GaussJordanSingleColumnRowExchangeStaysInStorage) {
     using T = TypeParam;
     // The row exchange on a single column swaps b_r1+t with b_r2+t for t < 3 while both are
     // inside storage: for rows (1, 2) only b1 and b2 are exchanged.
-    GJ<T> gj(make<T>(3, 3, {1, 0, 0, 0, 0, 2, 0, 4, 0}));
+    GJ<T> gj(makeMatrix<T>(3, 3, {1, 0, 0, 0, 0, 2, 0, 4, 0}));
     M<T> x = gj.solve(std::vector<T>{1, 2, 8});
     EXPECT_TRUE(allFinite(x));
     EXPECT_EQ(x.m(), 3u);
@@ -175,18 +169,18 @@ TYPED_TEST(SolverLe, GaussJordanSingleColumnRowExchangeStaysInStorage) {
 TYPED_TEST(SolverLe, GaussJordanRowExchangeOfWideRightHandSideStopsAtRowCount) {
     using T = TypeParam;
     // Pivot (1, 0) first: rows 0 and 1 are exchanged; A·X = B has X = [[4, 5, 6], [1, 2, 3]].
-    math::Csolver_GaussJordan<T> gj(make<T>(2, 2, {0, 1, 1, 0}));
-    M<T> x = gj.solve(make<T>(2, 3, {1, 2, 3, 4, 5, 6}));
-    EXPECT_EQ(maxDiff(x, make<T>(2, 3, {4, 5, 3, 1, 2, 6})), 0.0);
+    math::Csolver_GaussJordan<T> gj(makeMatrix<T>(2, 2, {0, 1, 1, 0}));
+    M<T> x = gj.solve(makeMatrix<T>(2, 3, {1, 2, 3, 4, 5, 6}));
+    EXPECT_EQ(maxDiff(x, makeMatrix<T>(2, 3, {4, 5, 3, 1, 2, 6})), 0.0);
 }
 
 // For a single column the exchange of rows 1 and 0 swaps b1/b0, then b2/b1 (b3 lies past the
 // end and is left alone): the column is rotated, not just exchanged.
 TYPED_TEST(SolverLe, GaussJordanRowExchangeOfSingleColumnRotates) {
     using T = TypeParam;
-    math::Csolver_GaussJordan<T> gj(make<T>(3, 3, {0, 1, 0, 2, 0, 0, 0, 0, 1}));
+    math::Csolver_GaussJordan<T> gj(makeMatrix<T>(3, 3, {0, 1, 0, 2, 0, 0, 0, 0, 1}));
     M<T> x = gj.solve(std::vector<T>{1, 2, 8});
-    EXPECT_EQ(maxDiff(x, make<T>(3, 1, {1, 8, 1})), 0.0);  // the true solution is (1, 1, 8)
+    EXPECT_EQ(maxDiff(x, makeMatrix<T>(3, 1, {1, 8, 1})), 0.0);  // the true solution is (1, 1, 8)
 }
 
 // ---------------------------------------------------------------- LU
@@ -211,22 +205,22 @@ TYPED_TEST(SolverLe, LuSolvesSeveralColumnsRepeatably) {
 
 TYPED_TEST(SolverLe, LuParityDeterminantAndErrors) {
     using T = TypeParam;
-    LU<T> lu(make<T>(2, 2, {1, 2, 3, 4}));  // rows must be exchanged
+    LU<T> lu(makeMatrix<T>(2, 2, {1, 2, 3, 4}));  // rows must be exchanged
     EXPECT_EQ(lu.parity, T(-1));
     EXPECT_EQ(lu.rowPerm[0], 1);
     EXPECT_TRUE(nearAbs(lu.getDet(), T(-2), 4 * double(std::numeric_limits<T>::epsilon())));
     // [[4, 3], [2, 1]]: both scaled magnitudes are 1, the tie goes to the last row.
-    LU<T> scaled(make<T>(2, 2, {4, 3, 2, 1}));
+    LU<T> scaled(makeMatrix<T>(2, 2, {4, 3, 2, 1}));
     EXPECT_EQ(scaled.parity, T(-1));
     EXPECT_TRUE(nearAbs(scaled.getDet(), T(-2), 4 * double(std::numeric_limits<T>::epsilon())));
-    LU<T> noSwap(make<T>(2, 2, {4, 1, 2, 3}));
+    LU<T> noSwap(makeMatrix<T>(2, 2, {4, 1, 2, 3}));
     EXPECT_EQ(noSwap.parity, T(1));
     EXPECT_TRUE(nearAbs(noSwap.getDet(), T(10), 8 * double(std::numeric_limits<T>::epsilon())));
     EXPECT_EQ(math::Csolver_luDecomp<T>().getDet(), T(1));  // the empty product
 
     EXPECT_TRUE(expectThrowId<CthrowMath>(
         [&] {
-            math::Csolver_luDecomp<T> s(make<T>(2, 2, {1, 2, 0, 0}));
+            math::Csolver_luDecomp<T> s(makeMatrix<T>(2, 2, {1, 2, 0, 0}));
         },
         CthrowMath::ERR_SOLVE_MATRIXSINGULAR));
     EXPECT_TRUE(expectThrowId<CthrowMath>([&] { math::Csolver_luDecomp<T> s(M<T>(2, 3, T(1))); },
@@ -238,21 +232,21 @@ TYPED_TEST(SolverLe, LuParityDeterminantAndErrors) {
     EXPECT_ANY_THROW(failed.setMatrix(M<T>(2, 3, T(1))));
     EXPECT_ANY_THROW(failed.solve(std::vector<T>{1, 2}));
     // Two equal rows: no exception, non-finite solution.
-    math::Csolver_luDecomp<T> sing(make<T>(3, 3, {1, 2, 3, 1, 2, 3, 0, 1, 1}));
+    math::Csolver_luDecomp<T> sing(makeMatrix<T>(3, 3, {1, 2, 3, 1, 2, 3, 0, 1, 1}));
     EXPECT_FALSE(allFinite(sing.solve(std::vector<T>{1, 2, 3})));
 }
 
 TYPED_TEST(SolverLe, LuPivotEqualToEpsilonBecomesZero) {
     using T = TypeParam;
     T const eps = std::numeric_limits<T>::epsilon();
-    LU<T> lu(make<T>(2, 2, {1, 0, 0, double(eps)}));
+    LU<T> lu(makeMatrix<T>(2, 2, {1, 0, 0, double(eps)}));
     EXPECT_EQ(lu.matrix(1, 1), T(0));
     EXPECT_EQ(lu.getDet(), T(0));
-    LU<T> first(make<T>(2, 2, {double(eps), 0, 0, 1}));
+    LU<T> first(makeMatrix<T>(2, 2, {double(eps), 0, 0, 1}));
     EXPECT_EQ(first.matrix(0, 0), T(0));
     EXPECT_TRUE(std::isnan(first.matrix(1, 0)));  // 0 · (1 / 0)
     // Twice epsilon is an ordinary pivot.
-    LU<T> two(make<T>(2, 2, {1, 0, 0, 2 * double(eps)}));
+    LU<T> two(makeMatrix<T>(2, 2, {1, 0, 0, 2 * double(eps)}));
     EXPECT_EQ(two.matrix(1, 1), T(2) * eps);
 }
 
@@ -260,10 +254,10 @@ TYPED_TEST(SolverLe, LuPivotEqualToEpsilonBecomesZero) {
 // right-hand side: an infinite multiplier in front of a leading zero does no harm.
 TYPED_TEST(SolverLe, LuForwardPassSkipsLeadingZeros) {
     using T = TypeParam;
-    LU<T> lu(make<T>(2, 2, {1, 0, 0, 1}));
+    LU<T> lu(makeMatrix<T>(2, 2, {1, 0, 0, 1}));
     lu.matrix(1, 0) = std::numeric_limits<T>::infinity();
     M<T> x = lu.solve(std::vector<T>{0, 1});
-    EXPECT_EQ(maxDiff(x, make<T>(2, 1, {0, 1})), 0.0);
+    EXPECT_EQ(maxDiff(x, makeMatrix<T>(2, 1, {0, 1})), 0.0);
     // With b0 = 1 the sums start at once and the infinite multiplier reaches b1.
     M<T> y = lu.solve(std::vector<T>{1, 1});
     EXPECT_TRUE(std::isinf(y(1, 0)));
@@ -274,11 +268,11 @@ TYPED_TEST(SolverLe, LuForwardPassSkipsLeadingZeros) {
 // rows would pick row 2.
 TYPED_TEST(SolverLe, LuScalesStayWithRowPositions) {
     using T = TypeParam;
-    M<T> const a = make<T>(3, 3, {700, 400, 800, -9, -3, -6, 0.03, -0.04, -0.01});
+    M<T> const a = makeMatrix<T>(3, 3, {700, 400, 800, -9, -3, -6, 0.03, -0.04, -0.01});
     LU<T> lu(a);
     EXPECT_EQ(lu.rowPerm, (std::vector<int>{1, 1, 2}));
     M<T> x = lu.solve(std::vector<T>{1, 2, 3});
-    EXPECT_LE(maxDiff(a * x, make<T>(3, 1, {1, 2, 3})),
+    EXPECT_LE(maxDiff(a * x, makeMatrix<T>(3, 1, {1, 2, 3})),
               1e4 * double(std::numeric_limits<T>::epsilon()));
 }
 
@@ -355,14 +349,14 @@ TYPED_TEST(SolverLe, SvdOverdeterminedMatchesNormalEquations) {
 TYPED_TEST(SolverLe, SvdRankDeficientGivesMinimumNorm) {
     using T = TypeParam;
     // Two equal rows: null space of A is spanned by z with A z = 0.
-    M<T> a = make<T>(3, 3, {1, 2, 3, 1, 2, 3, 2, 0, 1});
+    M<T> a = makeMatrix<T>(3, 3, {1, 2, 3, 1, 2, 3, 2, 0, 1});
     math::Csolver_svd<T> svd(a);
     M<T> x;
     EXPECT_NO_THROW(x = svd.solve(std::vector<T>{6, 6, 3}));
     // z = cross((1,2,3), (2,0,1)) = (2, 5, -4): x must be orthogonal to it.
     double const dot = 2 * double(x(0, 0)) + 5 * double(x(1, 0)) - 4 * double(x(2, 0));
     EXPECT_TRUE(nearAbs(dot, 0.0, 64 * double(std::numeric_limits<T>::epsilon())));
-    EXPECT_LE(maxDiff(a * x, make<T>(3, 1, {6, 6, 3})),
+    EXPECT_LE(maxDiff(a * x, makeMatrix<T>(3, 1, {6, 6, 3})),
               64 * double(std::numeric_limits<T>::epsilon()));
     // The zero matrix is no error: every solution is 0.
     math::Csolver_svd<T> zero(M<T>(3, 2, T(0)));
@@ -379,12 +373,12 @@ TYPED_TEST(SolverLe, SvdThresholdIsStrict) {
     using T = TypeParam;
     T const eps = std::numeric_limits<T>::epsilon();
     // diag(1, eps): the singular value eps equals wmax·eps exactly and is kept.
-    SVD<T> kept(make<T>(2, 2, {1, 0, 0, double(eps)}));
+    SVD<T> kept(makeMatrix<T>(2, 2, {1, 0, 0, double(eps)}));
     M<T> x = kept.solve(std::vector<T>{1, 1});
     EXPECT_EQ(x(0, 0), T(1));
     EXPECT_EQ(x(1, 0), T(1) / eps);
     // diag(1, eps/2): dropped, and the truncation persists in the singular values.
-    SVD<T> dropped(make<T>(2, 2, {1, 0, 0, double(eps) / 2}));
+    SVD<T> dropped(makeMatrix<T>(2, 2, {1, 0, 0, double(eps) / 2}));
     M<T> y = dropped.solve(std::vector<T>{1, 1});
     EXPECT_EQ(y(1, 0), T(0));
     EXPECT_EQ(dropped.singularValues(1, 1), T(0));
@@ -394,7 +388,7 @@ TYPED_TEST(SolverLe, SvdThresholdIsStrict) {
 // order the QR sweeps leave them (not sorted), and the signs of U and V.
 TYPED_TEST(SolverLe, SvdGoldenDecomposition) {
     using T = TypeParam;
-    SVD<T> svd(make<T>(3, 2, {3, 0, 4, 5, 0, 0}));
+    SVD<T> svd(makeMatrix<T>(3, 2, {3, 0, 4, 5, 0, 0}));
     double const tol = 8 * double(std::numeric_limits<T>::epsilon());
     double const h = std::sqrt(0.5), a = 3 / std::sqrt(10.0), b = 1 / std::sqrt(10.0);
     EXPECT_TRUE(nearAbs(double(svd.singularValues(0, 0)), std::sqrt(5.0), tol));
@@ -434,9 +428,9 @@ TYPED_TEST(SolverLe, SolveItrTerminationRules) {
     using T = TypeParam;
     // 1 × 1: the error sum leaves out the only element, so it is always 0 and the direct
     // solution comes back.
-    M<T> a1 = make<T>(1, 1, {3});
+    M<T> a1 = makeMatrix<T>(1, 1, {3});
     math::Csolver_luDecomp<T> lu1(a1);
-    M<T> b1 = make<T>(1, 1, {1});
+    M<T> b1 = makeMatrix<T>(1, 1, {1});
     M<T> x1 = lu1.solveItr(a1, b1);
     EXPECT_EQ(x1(0, 0), lu1.solve(b1)(0, 0));
     // A right-hand side whose shape does not match A·X: an empty result.
@@ -448,7 +442,7 @@ TYPED_TEST(SolverLe, SolveItrTerminationRules) {
     M<T> direct = svd.solve(b);
     EXPECT_LE(svd.deviation(a, x, b), svd.deviation(a, direct, b));
     math::Csolver_GaussJordan<T> gj(a);
-    M<T> wrong = make<T>(4, 1, {1, 2, 3, 4});
+    M<T> wrong = makeMatrix<T>(4, 1, {1, 2, 3, 4});
     M<T> x2 = gj.solveItr(a, wrong);
     EXPECT_FALSE(x2.size() == 0);  // same shape: a solution
     // A·X (3 × 1 from a 3 × 4 A) of another shape than B: an empty result.
@@ -461,7 +455,7 @@ TYPED_TEST(SolverLe, SolveItrResidualUsesColumnsOfA) {
     using T = TypeParam;
     M<T> a = randomMatrix<T>(4, 4, 5, 4.0);
     math::Csolver_GaussJordan<T> gj(a);
-    M<T> b = make<T>(4, 1, {1, 2, 3, 4});
+    M<T> b = makeMatrix<T>(4, 1, {1, 2, 3, 4});
     M<T> narrow(4, 3);
     for (std::size_t i = 0; i < 4; ++i)
         for (std::size_t j = 0; j < 3; ++j) narrow(i, j) = a(i, j);
@@ -474,23 +468,23 @@ TYPED_TEST(SolverLe, SolveItrResidualUsesColumnsOfA) {
 // positions i·P.n + j stay inside P.
 TYPED_TEST(SolverLe, DeviationAddressesProductWithItsColumnCount) {
     using T = TypeParam;
-    M<T> a = make<T>(4, 4, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
-    M<T> x = make<T>(4, 1, {1, 2, 3, 4});  // P = (1, 2, 3, 4) as a column
-    M<T> b = make<T>(1, 3, {0, 0, 0});     // reads P_0, P_1, P_2
+    M<T> a = makeMatrix<T>(4, 4, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
+    M<T> x = makeMatrix<T>(4, 1, {1, 2, 3, 4});  // P = (1, 2, 3, 4) as a column
+    M<T> b = makeMatrix<T>(1, 3, {0, 0, 0});     // reads P_0, P_1, P_2
     EXPECT_EQ(math::Csolver_le<T>().deviation(a, x, b), T(14));
-    M<T> b2 = make<T>(2, 2, {0, 0, 0, 0});  // positions 0, 1 (row 0) and 1, 2 (row 1)
+    M<T> b2 = makeMatrix<T>(2, 2, {0, 0, 0, 0});  // positions 0, 1 (row 0) and 1, 2 (row 1)
     EXPECT_EQ(math::Csolver_le<T>().deviation(a, x, b2), T(1 + 4 + 4 + 9));
     // A narrower than X.m: P = A·X over A's columns only.
-    M<T> narrow = make<T>(1, 2, {1, 1});
-    EXPECT_EQ(math::Csolver_le<T>().deviation(narrow, x, make<T>(1, 1, {0})), T(9));
+    M<T> narrow = makeMatrix<T>(1, 2, {1, 1});
+    EXPECT_EQ(math::Csolver_le<T>().deviation(narrow, x, makeMatrix<T>(1, 1, {0})), T(9));
 }
 
 TYPED_TEST(SolverLe, DeviationIsSumOfSquares) {
     using T = TypeParam;
-    M<T> a = make<T>(2, 2, {1, 0, 0, 1});
-    M<T> x = make<T>(2, 1, {1, 2});
+    M<T> a = makeMatrix<T>(2, 2, {1, 0, 0, 1});
+    M<T> x = makeMatrix<T>(2, 1, {1, 2});
     EXPECT_EQ(math::Csolver_le<T>().deviation(a, x, x), T(0));
-    M<T> b = make<T>(2, 1, {4, 6});
+    M<T> b = makeMatrix<T>(2, 1, {4, 6});
     EXPECT_EQ(math::Csolver_le<T>().deviation(a, x, b), T(25));  // 3^2 + 4^2, no root
     EXPECT_EQ(math::Csolver_le<T>().deviation(a, x, M<T>()), T(0));
 }

@@ -2,16 +2,29 @@
 // cylinders, built in double and rounded to T once, with reproducible noise.
 #pragma once
 
+#include <math/matrix.h>
+#include <math/points.h>
+
 #include <cmath>
 #include <cstdint>
+#include <initializer_list>
 #include <random>
 #include <vector>
-
-#include <math/points.h>
 
 namespace mgeo_test {
 
 constexpr double kPi = 3.14159265358979323846;
+
+// An m × n matrix filled row by row from the values (rounded to T once).
+template <typename T>
+math::Cmatrix<T> makeMatrix(std::size_t m, std::size_t n, std::initializer_list<double> values) {
+    math::Cmatrix<T> a(m, n);
+    std::size_t k = 0;
+    for (double v : values) {
+        a.getBase()[k++] = T(v);
+    }
+    return a;
+}
 
 // Uniform noise in [-amp, amp): the same numbers on every standard library (the engine's
 // output is fixed by the standard, the distributions' is not).
@@ -46,10 +59,9 @@ std::vector<math::Cpoint2<T>> circlePoints(double cx, double cy, double r, std::
 // count points on the ellipse (centre, semi-axes a, b, angle theta), noise along the normal
 // direction approximated by scaling.
 template <typename T>
-std::vector<math::Cpoint2<T>> ellipsePoints(double cx, double cy, double a, double b,
-                                            double theta, std::size_t count,
-                                            double arc = 2 * kPi, double noise = 0,
-                                            std::uint64_t seed = 42) {
+std::vector<math::Cpoint2<T>> ellipsePoints(double cx, double cy, double a, double b, double theta,
+                                            std::size_t count, double arc = 2 * kPi,
+                                            double noise = 0, std::uint64_t seed = 42) {
     Noise rnd(seed);
     std::vector<math::Cpoint2<T>> pts;
     pts.reserve(count);
@@ -139,9 +151,9 @@ std::vector<math::Cpoint3<T>> spherePoints(math::Cpoint3<double> c, double r, st
 // positions in [-length/2, length/2), angles in [0, arc), radial noise.
 template <typename T>
 std::vector<math::Cpoint3<T>> cylinderPoints(math::Cpoint3<double> p0, double ax, double ay,
-                                             double az, double r, double length,
-                                             std::size_t count, double arc = 2 * kPi,
-                                             double noise = 0, std::uint64_t seed = 42) {
+                                             double az, double r, double length, std::size_t count,
+                                             double arc = 2 * kPi, double noise = 0,
+                                             std::uint64_t seed = 42) {
     Noise rnd(seed);
     double a[3], u[3], w[3];
     unitVector(ax, ay, az, a);
