@@ -55,16 +55,23 @@ void Csolver_le<T>::setMatrix(Cmatrix<T>& a) {
     setMatrix(static_cast<Cmatrix<T> const&>(a));
 }
 
+// init() of the object's class (also while a derived constructor runs), annotating a passing
+// error with this file and line.
 template <typename T>
-void Csolver_le<T>::setMatrix(Cmatrix<T> const& a) {
-    matrix = a;
-    matrixSet = true;
+void Csolver_le<T>::initAnnotated() {
     try {
         init();
     } catch (CthrowBase& e) {
         e.setExInfo(kThisFile, __LINE__);
         throw;
     }
+}
+
+template <typename T>
+void Csolver_le<T>::setMatrix(Cmatrix<T> const& a) {
+    matrix = a;
+    matrixSet = true;
+    initAnnotated();
 }
 
 template <typename T>
@@ -366,22 +373,12 @@ Csolver_luDecomp<T>::Csolver_luDecomp() = default;
 
 template <typename T>
 Csolver_luDecomp<T>::Csolver_luDecomp(Cmatrix<T>& a) : Csolver_le<T>(a) {
-    try {
-        init();
-    } catch (CthrowBase& e) {
-        e.setExInfo(kThisFile, __LINE__);
-        throw;
-    }
+    this->initAnnotated();
 }
 
 template <typename T>
 Csolver_luDecomp<T>::Csolver_luDecomp(Cmatrix<T> const& a) : Csolver_le<T>(a) {
-    try {
-        init();
-    } catch (CthrowBase& e) {
-        e.setExInfo(kThisFile, __LINE__);
-        throw;
-    }
+    this->initAnnotated();
 }
 
 template <typename T>
@@ -678,32 +675,17 @@ Csolver_svd<T>::Csolver_svd() = default;
 
 template <typename T>
 Csolver_svd<T>::Csolver_svd(Cmatrix<T>& a) : Csolver_le<T>(a) {
-    try {
-        init();
-    } catch (CthrowBase& e) {
-        e.setExInfo(kThisFile, __LINE__);
-        throw;
-    }
+    this->initAnnotated();
 }
 
 template <typename T>
 Csolver_svd<T>::Csolver_svd(Cmatrix<T> const& a) : Csolver_le<T>(a) {
-    try {
-        init();
-    } catch (CthrowBase& e) {
-        e.setExInfo(kThisFile, __LINE__);
-        throw;
-    }
+    this->initAnnotated();
 }
 
 template <typename T>
 Csolver_svd<T>::Csolver_svd(Cmatrix<T>&& a) : Csolver_le<T>(std::move(a)) {
-    try {
-        init();
-    } catch (CthrowBase& e) {
-        e.setExInfo(kThisFile, __LINE__);
-        throw;
-    }
+    this->initAnnotated();
 }
 
 template <typename T>

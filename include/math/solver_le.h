@@ -55,6 +55,9 @@ protected:
     virtual Cmatrix<T> subsolve();
     // Prepares (factorises) after a new matrix has been set.
     virtual void init();
+    // init() with a passing error annotated with the solver source's name and line; the
+    // constructors and setMatrix call it.
+    void initAnnotated();
 
     Cmatrix<T> matrix;       // the system matrix, or the solver's working form of it
     Cmatrix<T> rhs;          // the right-hand side; subsolve overwrites it with the solution
