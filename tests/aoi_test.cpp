@@ -30,6 +30,9 @@ Poly<T> polyOf(std::initializer_list<std::pair<double, double>> xy) {
     return p;
 }
 
+// v rounded to a multiple of `grid` (0: unrounded).
+double snap(double v, double grid) { return grid > 0 ? std::round(v / grid) * grid : v; }
+
 // Random polygon vertices about (cx, cy): star-shaped (simple) or in random order (mostly
 // self-intersecting); coordinates rounded to multiples of `grid` (0: unrounded).
 template <typename T>
@@ -48,11 +51,7 @@ std::vector<P<T>> randomPolygon(std::size_t n, double cx, double cy, double r, b
             x = cx + rnd(r);
             y = cy + rnd(r);
         }
-        if (grid > 0) {
-            x = std::round(x / grid) * grid;
-            y = std::round(y / grid) * grid;
-        }
-        out.emplace_back(T(x), T(y));
+        out.emplace_back(T(snap(x, grid)), T(snap(y, grid)));
     }
     return out;
 }
@@ -83,6 +82,14 @@ template <typename T>
     return ::testing::AssertionSuccess() << set << " pixels set";
 }
 
+// The mask bit of each pixel of `at`, expected `in`.
+template <typename T>
+void expectPixels(Aoi<T> const& aoi, std::initializer_list<std::pair<int, int>> at, bool in) {
+    for (auto const& [x, y] : at) {
+        EXPECT_EQ(aoi.pointIsIn(x, y), in) << x << ", " << y;
+    }
+}
+
 template <typename T>
 class AreaOfInterest : public ::testing::Test {};
 TYPED_TEST_SUITE(AreaOfInterest, RealTypes);
@@ -98,12 +105,9 @@ TYPED_TEST(AreaOfInterest, WholeImage) {
     EXPECT_FALSE(aoi.pointIsIn(0, 0));
     ASSERT_TRUE(aoi.calculate());
     EXPECT_EQ(aoi.state(), 0u);
-    EXPECT_TRUE(aoi.pointIsIn(0, 0));
-    EXPECT_TRUE(aoi.pointIsIn(639, 479));
+    expectPixels(aoi, {{0, 0}, {639, 479}}, true);
     EXPECT_TRUE(aoi.pointIsIn(math::Cpoint2<int>(320, 240)));
-    EXPECT_FALSE(aoi.pointIsIn(640, 0));
-    EXPECT_FALSE(aoi.pointIsIn(0, 480));
-    EXPECT_FALSE(aoi.pointIsIn(-1, 0));
+    expectPixels(aoi, {{640, 0}, {0, 480}, {-1, 0}}, false);
     EXPECT_TRUE(aoi.isInImg(img));
     EXPECT_FALSE(aoi.isInImg(Cimage(639, 480, CimgDefs::enType::gray8)));
     EXPECT_EQ(aoi.getBoundingRect(), math::Crect2<T>(T(0), T(0), T(639), T(479)));
@@ -128,8 +132,8 @@ TYPED_TEST(AreaOfInterest, ChangesResetTheState) {
     using T = TypeParam;
     Aoi<T> aoi(polyOf<T>({{0, 0}, {10, 0}, {0, 10}}));
     ASSERT_TRUE(aoi.calculate());
-    EXPECT_TRUE(aoi.pointIsIn(2, 2));
-    EXPECT_FALSE(aoi.pointIsIn(8, 8));
+    expectPixels(aoi, {{2, 2}}, true);
+    expectPixels(aoi, {{8, 8}}, false);
 
     aoi.add(P<T>(T(10), T(10)), 0);  // (0,0) (10,0) (0,10) (10,10): a bow-tie
     EXPECT_EQ(aoi.state(), 1u);
@@ -171,18 +175,18 @@ TYPED_TEST(AreaOfInterest, IndexErrorsCarryTheirArguments) {
         }
         return "no exception";
     };
-    EXPECT_EQ(message([&] { aoi.removePoly(-1); }),
-              "34: Polygonindex -1 des Aoi ungueltig. (min: 0, max: 1)");
-    EXPECT_EQ(message([&] { aoi.removePoly(2); }),
-              "34: Polygonindex 2 des Aoi ungueltig. (min: 0, max: 1)");
-    EXPECT_EQ(message([&] { aoi.add(P<T>(T(0), T(0)), 7); }),
-              "34: Polygonindex 7 des Aoi ungueltig. (min: 0, max: 1)");
-    EXPECT_EQ(message([&] { aoi.add(T(0), T(0), 2); }),
-              "34: Polygonindex 2 des Aoi ungueltig. (min: 0, max: 1)");
-    EXPECT_EQ(message([&] { aoi.removePoint(3, P<T>(T(0), T(0))); }),
-              "34: Polygonindex 3 des Aoi ungueltig. (min: 0, max: 1)");
-    EXPECT_EQ(message([&] { aoi.getPolygon(-2); }),
-              "34: Polygonindex -2 des Aoi ungueltig. (min: 0, max: 1)");
+    // Id 34 with the polygon index, valid 0 to `max`.
+    auto const polyIndex = [](int i, int max = 1) {
+        return "34: Polygonindex " + std::to_string(i) +
+               " des Aoi ungueltig. (min: 0, max: " + std::to_string(max) + ")";
+    };
+    P<T> const o(T(0), T(0));
+    EXPECT_EQ(message([&] { aoi.removePoly(-1); }), polyIndex(-1));
+    EXPECT_EQ(message([&] { aoi.removePoly(2); }), polyIndex(2));
+    EXPECT_EQ(message([&] { aoi.add(o, 7); }), polyIndex(7));
+    EXPECT_EQ(message([&] { aoi.add(T(0), T(0), 2); }), polyIndex(2));
+    EXPECT_EQ(message([&] { aoi.removePoint(3, o); }), polyIndex(3));
+    EXPECT_EQ(message([&] { aoi.getPolygon(-2); }), polyIndex(-2));
     EXPECT_EQ(message([&] { aoi.removePoint(1, 3); }),
               "35: Punktindex 3 des Polygons ungueltig. (min: 0, max: 2)");
     EXPECT_EQ(message([&] { aoi.removePoint(1, -1); }),
@@ -194,24 +198,21 @@ TYPED_TEST(AreaOfInterest, IndexErrorsCarryTheirArguments) {
                   aoi.removePoly(0);
                   aoi.removePoly(0);
               }),
-              "34: Polygonindex 0 des Aoi ungueltig. (min: 0, max: -1)");
+              polyIndex(0, -1));
 }
 
 TYPED_TEST(AreaOfInterest, UnionOfTwoPolygons) {
     using T = TypeParam;
     math::CpntN2<T> contours;
-    contours.push_back(
-        {P<T>(T(0), T(0)), P<T>(T(10), T(0)), P<T>(T(10), T(10)), P<T>(T(0), T(10))});
-    contours.push_back({P<T>(T(5), T(5)), P<T>(T(20), T(5)), P<T>(T(20), T(8))});
+    contours.push_back(polyOf<T>({{0, 0}, {10, 0}, {10, 10}, {0, 10}}).vertices());
+    contours.push_back(polyOf<T>({{5, 5}, {20, 5}, {20, 8}}).vertices());
     Aoi<T> aoi;
     aoi.set(contours);
     EXPECT_TRUE(aoi.isValid());
     ASSERT_TRUE(aoi.calculate());
     EXPECT_EQ(aoi.getBoundingRect(), math::Crect2<T>(T(0), T(0), T(20), T(10)));
-    EXPECT_TRUE(aoi.pointIsIn(1, 9));    // first only
-    EXPECT_TRUE(aoi.pointIsIn(18, 7));   // second only
-    EXPECT_TRUE(aoi.pointIsIn(8, 6));    // both
-    EXPECT_FALSE(aoi.pointIsIn(15, 9));  // neither
+    expectPixels(aoi, {{1, 9}, {18, 7}, {8, 6}}, true);  // first only, second only, both
+    expectPixels(aoi, {{15, 9}}, false);                 // neither
     EXPECT_TRUE(aoi.pointIsExactIn(T(0.5), T(9.5)));
     EXPECT_TRUE(aoi.pointIsExactIn(P<T>(T(19.5), T(7.5))));
     EXPECT_FALSE(aoi.pointIsExactIn(T(19.5), T(4.5)));
@@ -250,8 +251,7 @@ TYPED_TEST(AreaOfInterest, InvalidPolygonsAreRejected) {
     // Polygons wholly between pixel centres give an empty mask.
     Aoi<T> thin(polyOf<T>({{0.2, 0.2}, {0.8, 0.2}, {0.5, 0.8}}));
     ASSERT_TRUE(thin.calculate());
-    EXPECT_FALSE(thin.pointIsIn(0, 0));
-    EXPECT_FALSE(thin.pointIsIn(1, 1));
+    expectPixels(thin, {{0, 0}, {1, 1}}, false);
 }
 
 // The scan-line mask reproduces the pointwise definition bit for bit: random simple,
@@ -309,13 +309,9 @@ TYPED_TEST(AreaOfInterest, ConvexMaskEqualsPointwiseTest) {
             double const a = 2 * mgeo_test::kPi * rnd.unit();
             double const u = size * std::cos(a);
             double const v = size * aspect * std::sin(a);
-            double x = offset + size + 2 + u * std::cos(turn) - v * std::sin(turn);
-            double y = offset + size + 3 + u * std::sin(turn) + v * std::cos(turn);
-            if (grid > 0) {
-                x = std::round(x / grid) * grid;
-                y = std::round(y / grid) * grid;
-            }
-            pts.emplace_back(T(x), T(y));
+            double const x = offset + size + 2 + u * std::cos(turn) - v * std::sin(turn);
+            double const y = offset + size + 3 + u * std::sin(turn) + v * std::cos(turn);
+            pts.emplace_back(T(snap(x, grid)), T(snap(y, grid)));
         }
         Aoi<T> aoi(Poly<T>::convexPoly(pts, seed % 2 == 0));
         if (!aoi.isValid()) {
@@ -366,13 +362,10 @@ TYPED_TEST(AreaOfInterest, MaskFollowsPointTestInOddCases) {
 
     // Convex polygon from collinear-heavy points without optimisation.
     Aoi<T> collinear(Poly<T>::convexPoly(
-        std::vector<P<T>>{P<T>(T(0), T(0)), P<T>(T(5), T(0)), P<T>(T(10), T(0)), P<T>(T(10), T(7)),
-                          P<T>(T(5), T(7)), P<T>(T(0), T(7)), P<T>(T(0), T(3))},
-        false));
+        polyOf<T>({{0, 0}, {5, 0}, {10, 0}, {10, 7}, {5, 7}, {0, 7}, {0, 3}}).vertices(), false));
     ASSERT_TRUE(collinear.calculate());
     EXPECT_TRUE(maskMatchesPointwise(collinear));
-    EXPECT_TRUE(collinear.pointIsIn(10, 7));
-    EXPECT_TRUE(collinear.pointIsIn(0, 0));
+    expectPixels(collinear, {{10, 7}, {0, 0}}, true);
 }
 
 }  // namespace

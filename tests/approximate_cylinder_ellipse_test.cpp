@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <math/approximate.h>
 
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <fstream>
@@ -38,16 +39,17 @@ bool sameBits(math::Ccylinder3<T> const& a, math::Ccylinder3<T> const& b) {
 
 // Angle between two axis directions, either sense, and the distance of point q from the axis
 // of c; in double.
+double crossNorm(double const a[3], double const v[3]) {
+    double const cx = a[1] * v[2] - a[2] * v[1];
+    double const cy = a[2] * v[0] - a[0] * v[2];
+    double const cz = a[0] * v[1] - a[1] * v[0];
+    return std::sqrt(cx * cx + cy * cy + cz * cz);
+}
+
 template <typename T>
 double axisAngle(math::Ccylinder3<T> const& c, double const d[3]) {
-    double const ax = double(c.axis().x());
-    double const ay = double(c.axis().y());
-    double const az = double(c.axis().z());
-    double const cx = ay * d[2] - az * d[1];
-    double const cy = az * d[0] - ax * d[2];
-    double const cz = ax * d[1] - ay * d[0];
-    double const dot = std::fabs(ax * d[0] + ay * d[1] + az * d[2]);
-    return std::atan2(std::sqrt(cx * cx + cy * cy + cz * cz), dot);
+    double const a[3] = {double(c.axis().x()), double(c.axis().y()), double(c.axis().z())};
+    return std::atan2(crossNorm(a, d), std::fabs(a[0] * d[0] + a[1] * d[1] + a[2] * d[2]));
 }
 
 template <typename T>
@@ -55,10 +57,22 @@ double axisDistance(math::Ccylinder3<T> const& c, double const q[3]) {
     double const v[3] = {q[0] - double(c.point().x), q[1] - double(c.point().y),
                          q[2] - double(c.point().z)};
     double const a[3] = {double(c.axis().x()), double(c.axis().y()), double(c.axis().z())};
-    double const cx = a[1] * v[2] - a[2] * v[1];
-    double const cy = a[2] * v[0] - a[0] * v[2];
-    double const cz = a[0] * v[1] - a[1] * v[0];
-    return std::sqrt(cx * cx + cy * cy + cz * cz);
+    return crossNorm(a, v);
+}
+
+// Mean of the points, in double.
+template <typename P>
+std::array<double, 3> centroid(std::vector<P> const& pts) {
+    std::array<double, 3> m{0, 0, 0};
+    for (auto const& p : pts) {
+        for (std::size_t i = 0; i < 3; ++i) {
+            m[i] += double(p[i]);
+        }
+    }
+    for (double& v : m) {
+        v /= double(pts.size());
+    }
+    return m;
 }
 
 template <typename T>
@@ -89,17 +103,13 @@ TYPED_TEST(CylinderFit, InitValPicksTheZCandidateAndTheMeanDistance) {
     math::Ccylinder3<T> c;
     math::approximate<T>::initValCylinder(pts, c);
     EXPECT_EQ(c.axis().asPoint(), math::Cpoint3<T>(0, 0, 1));
-    double sx = 0, sy = 0, sz = 0;
-    for (auto const& p : pts) {
-        sx += double(p.x), sy += double(p.y), sz += double(p.z);
-    }
+    auto const mean = centroid(pts);
     double const n = double(pts.size());
-    double const mean[3] = {sx / n, sy / n, sz / n};
     // Sums of 400 values of size 20 in T.
     double const sumTol = 400 * 20 * double(std::numeric_limits<T>::epsilon());
-    EXPECT_TRUE(nearAbs(double(c.point().x), mean[0], sumTol));
-    EXPECT_TRUE(nearAbs(double(c.point().y), mean[1], sumTol));
-    EXPECT_TRUE(nearAbs(double(c.point().z), mean[2], sumTol));
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_TRUE(nearAbs(double(c.point()[i]), mean[i], sumTol)) << i;
+    }
     double r = 0;
     for (auto const& p : pts) {
         r += std::sqrt((double(p.x) - mean[0]) * (double(p.x) - mean[0]) +
@@ -219,14 +229,8 @@ TYPED_TEST(CylinderFit, FixedRadiusIsHeldAndTheAxisFound) {
     math::Ccylinder3<T> start;
     math::approximate<T>::initValCylinder(pts, start);
     math::Ccylinder3<T> c(start.point(), start.axis(), T(4));
-    math::CqCylinderGeomRfixStdAbw<T> q{200,
-                                        convergedTol<T>(),
-                                        convergedTol<T>(),
-                                        convergedTol<T>(),
-                                        convergedTol<T>(),
-                                        convergedTol<T>(),
-                                        convergedTol<T>(),
-                                        T(0)};
+    T const t = convergedTol<T>();
+    math::CqCylinderGeomRfixStdAbw<T> q{200, t, t, t, t, t, t, T(0)};
     math::approximate<T>::fitCylinderGeomRfix(pts, c, q);
     ASSERT_TRUE(c.isValid());
     EXPECT_EQ(c.radius(), T(4));
@@ -348,36 +352,30 @@ TYPED_TEST(CylinderFit, BadInputGivesAnInvalidCylinder) {
     auto const pts = mgeo_test::cylinderPoints<T>({0, 0, 0}, 0, 0, 1, 1, 4, 8);
     math::Ccylinder3<T> const start({0, 0, 0}, math::Cdirec3<T>(0, 0, 1), T(1));
 
+    // The fit of `points` from `from` with control `qq`, checked to return.
+    auto const fit = [&](std::vector<math::Cpoint3<T>> const& points, math::Ccylinder3<T> from,
+                         math::CqCylinderGeom<T> const& qq) {
+        EXPECT_NO_THROW(math::approximate<T>::fitCylinderGeom(points, from, qq));
+        return from;
+    };
     std::vector<math::Cpoint3<T>> const seven(pts.begin(), pts.begin() + 7);
+    EXPECT_TRUE(mgeo_test::expectInvalid(fit(seven, start, q)));
     math::Ccylinder3<T> c = start;
-    EXPECT_NO_THROW(math::approximate<T>::fitCylinderGeom(seven, c, q));
-    EXPECT_TRUE(mgeo_test::expectInvalid(c));
-    c = start;
     math::approximate<T>::fitCylinderGeomRfix(seven, c, cylinderRfixControl(convergedTol<T>()));
     EXPECT_TRUE(mgeo_test::expectInvalid(c));
-    c = start;
-    math::approximate<T>::fitCylinderGeom(pts, c, q);  // eight points are enough
-    EXPECT_TRUE(c.isValid());
-
+    EXPECT_TRUE(fit(pts, start, q).isValid());  // eight points are enough
     // maxItr = 1 always fails: the count reaches the limit.
-    c = start;
-    math::approximate<T>::fitCylinderGeom(pts, c, {1, 1, 1, 1, 1, 1, 1, 1});
-    EXPECT_TRUE(mgeo_test::expectInvalid(c));
+    EXPECT_TRUE(mgeo_test::expectInvalid(fit(pts, start, {1, 1, 1, 1, 1, 1, 1, 1})));
 
     // Identical points with the start of initValCylinder (every distance 0), NaN
     // coordinates, a NaN start.
     std::vector<math::Cpoint3<T>> const same(20, math::Cpoint3<T>(1, 1, 1));
     math::approximate<T>::initValCylinder(same, c);
-    EXPECT_NO_THROW(math::approximate<T>::fitCylinderGeom(same, c, q));
-    EXPECT_TRUE(mgeo_test::expectInvalid(c));
+    EXPECT_TRUE(mgeo_test::expectInvalid(fit(same, c, q)));
     std::vector<math::Cpoint3<T>> withNan = pts;
     withNan[3].y = std::numeric_limits<T>::quiet_NaN();
-    c = start;
-    EXPECT_NO_THROW(math::approximate<T>::fitCylinderGeom(withNan, c, q));
-    EXPECT_TRUE(mgeo_test::expectInvalid(c));
-    math::Ccylinder3<T> nanStart;
-    EXPECT_NO_THROW(math::approximate<T>::fitCylinderGeom(pts, nanStart, q));
-    EXPECT_TRUE(mgeo_test::expectInvalid(nanStart));
+    EXPECT_TRUE(mgeo_test::expectInvalid(fit(withNan, start, q)));
+    EXPECT_TRUE(mgeo_test::expectInvalid(fit(pts, math::Ccylinder3<T>(), q)));
 
     // Strides: 0 counts as 1; a huge stride leaves one point, too few.
     math::Ccylinder3<T> zero = start;
@@ -466,17 +464,12 @@ TEST(CylinderNist, AllThirtyReferenceSets) {
             math::approximate<double>::fitCylinderGeom(set.points, c, q);
         }
         ASSERT_TRUE(c.isValid());
-        double centroid[3] = {0, 0, 0};
-        for (auto const& p : set.points) {
-            centroid[0] += p.x, centroid[1] += p.y, centroid[2] += p.z;
-        }
-        for (double& v : centroid) {
-            v /= double(set.points.size());
-        }
         // The centroid's foot on the reference axis, measured against the fitted axis.
-        double const s = (centroid[0] - set.point[0]) * set.axis[0] +
-                         (centroid[1] - set.point[1]) * set.axis[1] +
-                         (centroid[2] - set.point[2]) * set.axis[2];
+        auto const m = centroid(set.points);
+        double s = 0;
+        for (std::size_t i = 0; i < 3; ++i) {
+            s += (m[i] - set.point[i]) * set.axis[i];
+        }
         double const foot[3] = {set.point[0] + s * set.axis[0], set.point[1] + s * set.axis[1],
                                 set.point[2] + s * set.axis[2]};
         double const scale = std::fmax(1.0, set.radius);
@@ -611,27 +604,28 @@ TYPED_TEST(EllipseFit, LastStdAbwIsWrittenByTheLastTrial) {
 TYPED_TEST(EllipseFit, ToleranceFieldsAndIterationLimit) {
     using T = TypeParam;
     auto const pts = mgeo_test::ellipsePoints<T>(1, 1, 5, 3, 0.3, 60);
-    // fitEllipseGeom compares both centre corrections with tolX: a tolY no correction can
-    // meet does not matter.
-    auto q = ellipseControl<T>();
-    q.tolY = T(-1);
-    math::Cellipse2<T> e;
-    math::approximate<T>::fitEllipseGeom(pts, e, q);
-    EXPECT_TRUE(e.isValid());
-    // The Levenberg-Marquardt fit reads all five.
-    auto ql = ellipseLMControl<T>();
-    ql.tolY = T(-1);
-    math::approximate<T>::fitEllipseGeomLM(pts, e, ql);
-    EXPECT_TRUE(mgeo_test::expectInvalid(e));
-    // maxItr = 1 always fails.
-    q = ellipseControl<T>();
-    q.maxItr = 1;
-    math::approximate<T>::fitEllipseGeom(pts, e, q);
-    EXPECT_TRUE(mgeo_test::expectInvalid(e));
-    ql = ellipseLMControl<T>();
-    ql.maxItr = 1;
-    math::approximate<T>::fitEllipseGeomLM(pts, e, ql);
-    EXPECT_TRUE(mgeo_test::expectInvalid(e));
+    // Both fits with tolY = -1 (no correction can meet it) or with maxItr = 1 (always fails).
+    auto const fits = [&pts](bool negTolY) {
+        auto q = ellipseControl<T>();
+        auto ql = ellipseLMControl<T>();
+        if (negTolY) {
+            q.tolY = ql.tolY = T(-1);
+        } else {
+            q.maxItr = ql.maxItr = 1;
+        }
+        std::pair<math::Cellipse2<T>, math::Cellipse2<T>> e;
+        math::approximate<T>::fitEllipseGeom(pts, e.first, q);
+        math::approximate<T>::fitEllipseGeomLM(pts, e.second, ql);
+        return e;
+    };
+    // fitEllipseGeom compares both centre corrections with tolX: tolY does not matter; the
+    // Levenberg-Marquardt fit reads all five.
+    auto const tolY = fits(true);
+    EXPECT_TRUE(tolY.first.isValid());
+    EXPECT_TRUE(mgeo_test::expectInvalid(tolY.second));
+    auto const once = fits(false);
+    EXPECT_TRUE(mgeo_test::expectInvalid(once.first));
+    EXPECT_TRUE(mgeo_test::expectInvalid(once.second));
 }
 
 TYPED_TEST(EllipseFit, ThreePointsAreTooFewFourAreAccepted) {

@@ -125,6 +125,22 @@ bool simpleBruteForce(std::vector<P<T>> const& v) {
     return true;
 }
 
+// Each point of `at` tested against the polygon, expected `in`.
+template <typename T>
+void expectIn(Poly<T> const& poly, std::vector<P<T>> const& at, bool in) {
+    for (P<T> const& p : at) {
+        EXPECT_EQ(poly.pointIsIn(p), in) << p;
+    }
+}
+
+// isSimple against the brute force; returns the brute-force answer.
+template <typename T>
+bool sameSimplicity(std::vector<P<T>> const& v, int round) {
+    bool const expected = simpleBruteForce(v);
+    EXPECT_EQ(Access<T>(v).isSimple(), expected) << "round " << round;
+    return expected;
+}
+
 template <typename T>
 class Polygon : public ::testing::Test {};
 TYPED_TEST_SUITE(Polygon, RealTypes);
@@ -135,12 +151,9 @@ TYPED_TEST(Polygon, TriangleIsConvex) {
     EXPECT_EQ(tri.type(), Poly<T>::unclassified);
     tri.preprocess();
     EXPECT_EQ(tri.type(), Poly<T>::convex);
-    EXPECT_TRUE(tri.pointIsIn(tri.center()));
-    EXPECT_TRUE(tri.pointIsIn(P<T>(T(4), T(0))));    // a vertex
-    EXPECT_TRUE(tri.pointIsIn(P<T>(T(2), T(1.5))));  // on the hypotenuse
-    EXPECT_FALSE(tri.pointIsIn(P<T>(T(2), T(1.5) + T(1e-3))));
-    EXPECT_FALSE(tri.pointIsIn(P<T>(T(-1e-3), T(1))));
-    EXPECT_FALSE(tri.pointIsIn(P<T>(T(5), T(5))));
+    // The centre, a vertex, a point on the hypotenuse; just outside.
+    expectIn(tri, {tri.center(), P<T>(T(4), T(0)), P<T>(T(2), T(1.5))}, true);
+    expectIn(tri, {P<T>(T(2), T(1.5) + T(1e-3)), P<T>(T(-1e-3), T(1)), P<T>(T(5), T(5))}, false);
     EXPECT_EQ(tri.area(), T(6));
 }
 
@@ -151,17 +164,12 @@ TYPED_TEST(Polygon, SquareIsConvexNotRectangleAndBorderIsInside) {
     sq.preprocess();
     EXPECT_EQ(sq.type(), Poly<T>::convex);  // the rectangle test sees a NaN rectangle
     for (double t = 0; t <= 2; t += 0.25) {
-        EXPECT_TRUE(sq.pointIsIn(P<T>(T(t), T(0))));
-        EXPECT_TRUE(sq.pointIsIn(P<T>(T(2), T(t))));
-        EXPECT_TRUE(sq.pointIsIn(P<T>(T(t), T(2))));
-        EXPECT_TRUE(sq.pointIsIn(P<T>(T(0), T(t))));
+        expectIn(sq, pts<T>({{t, 0}, {2, t}, {t, 2}, {0, t}}), true);
         EXPECT_FALSE(sq.pointIsIn(P<T>(T(t), T(2.01))));
     }
-    // Classified, a freshly built rectangle passes the rectangle test on its own extents.
-    Access<T> fresh(pts<T>({{0, 0}, {2, 0}, {2, 2}, {0, 2}}));
-    EXPECT_TRUE(fresh.testRect());
-    Access<T> diamond(pts<T>({{1, 0}, {2, 1}, {1, 2}, {0, 1}}));
-    EXPECT_FALSE(diamond.testRect());
+    // Unclassified, a freshly built rectangle passes the rectangle test on its own extents.
+    EXPECT_TRUE(Access<T>(pts<T>({{0, 0}, {2, 0}, {2, 2}, {0, 2}})).testRect());
+    EXPECT_FALSE(Access<T>(pts<T>({{1, 0}, {2, 1}, {1, 2}, {0, 1}})).testRect());  // diamond
     // Corners match within 2^-35 (relative, with an absolute floor).
     EXPECT_TRUE(Access<T>(pts<T>({{0, 0}, {2, 0}, {2, 2}, {1e-12, 2}})).testRect());
     EXPECT_FALSE(Access<T>(pts<T>({{0, 0}, {2, 0}, {2, 2}, {1e-9, 2}})).testRect());
@@ -193,10 +201,8 @@ TYPED_TEST(Polygon, BowTieIsSelfIntersecting) {
     Poly<T> bow(pts<T>({{0, 0}, {2, 2}, {2, 0}, {0, 2}}));
     bow.preprocess();
     EXPECT_EQ(bow.type(), Poly<T>::selfIntersecting);
-    EXPECT_TRUE(bow.pointIsIn(P<T>(T(0.25), T(1))));
-    EXPECT_TRUE(bow.pointIsIn(P<T>(T(1.75), T(1))));
-    EXPECT_FALSE(bow.pointIsIn(P<T>(T(1), T(0.25))));
-    EXPECT_FALSE(bow.pointIsIn(P<T>(T(1), T(1.75))));
+    expectIn(bow, pts<T>({{0.25, 1}, {1.75, 1}}), true);
+    expectIn(bow, pts<T>({{1, 0.25}, {1, 1.75}}), false);
 }
 
 TYPED_TEST(Polygon, CollinearIsDegenerate) {
@@ -204,8 +210,7 @@ TYPED_TEST(Polygon, CollinearIsDegenerate) {
     Poly<T> line(pts<T>({{0, 0}, {1, 1}, {3, 3}}));
     line.preprocess();
     EXPECT_EQ(line.type(), Poly<T>::degenerated);
-    EXPECT_FALSE(line.pointIsIn(P<T>(T(1), T(1))));
-    EXPECT_FALSE(line.pointIsIn(P<T>(T(0), T(0))));
+    expectIn(line, pts<T>({{1, 1}, {0, 0}}), false);
     Poly<T> two(pts<T>({{0, 0}, {1, 1}}));
     two.preprocess();
     EXPECT_EQ(two.type(), Poly<T>::tooFewVertices);
@@ -218,8 +223,7 @@ TYPED_TEST(Polygon, SimpleConcaveUsesWinding) {
     Poly<T> l(pts<T>({{0, 0}, {4, 0}, {4, 1}, {1, 1}, {1, 3}, {0, 3}}));
     l.preprocess();
     EXPECT_EQ(l.type(), Poly<T>::simple);
-    EXPECT_TRUE(l.pointIsIn(P<T>(T(3), T(0.5))));
-    EXPECT_TRUE(l.pointIsIn(P<T>(T(0.5), T(2.5))));
+    expectIn(l, pts<T>({{3, 0.5}, {0.5, 2.5}}), true);
     EXPECT_FALSE(l.pointIsIn(P<T>(T(3), T(2))));
     EXPECT_EQ(l.area(), T(6));
     // Centroid of the L: (4 * (2, 0.5) + 2 * (0.5, 2)) / 6.
@@ -243,13 +247,11 @@ TYPED_TEST(Polygon, ConvexityIgnoresWrapAroundTriples) {
 TYPED_TEST(Polygon, ThetaAndSign) {
     using T = TypeParam;
     P<T> const o(T(1), T(1));
-    EXPECT_EQ(Access<T>::theta(o, P<T>(T(2), T(1))), T(360));
-    EXPECT_EQ(Access<T>::theta(o, P<T>(T(2), T(2))), T(315));
-    EXPECT_EQ(Access<T>::theta(o, P<T>(T(1), T(2))), T(270));
-    EXPECT_EQ(Access<T>::theta(o, P<T>(T(0), T(1))), T(180));
-    EXPECT_EQ(Access<T>::theta(o, P<T>(T(1), T(0))), T(90));
-    EXPECT_EQ(Access<T>::theta(o, P<T>(T(2), T(0))), T(45));
-    EXPECT_EQ(Access<T>::theta(o, o), T(360));
+    std::vector<P<T>> const to = pts<T>({{2, 1}, {2, 2}, {1, 2}, {0, 1}, {1, 0}, {2, 0}, {1, 1}});
+    T const theta[] = {T(360), T(315), T(270), T(180), T(90), T(45), T(360)};
+    for (std::size_t i = 0; i < to.size(); ++i) {
+        EXPECT_EQ(Access<T>::theta(o, to[i]), theta[i]) << to[i];
+    }
     EXPECT_EQ(Access<T>::_sign(T(-2)), -1);
     EXPECT_EQ(Access<T>::_sign(T(0)), 0);
     EXPECT_EQ(Access<T>::_sign(T(1e-30)), 1);
@@ -391,10 +393,7 @@ TYPED_TEST(Polygon, SimplicityWithPruningMatchesBruteForce) {
         if (round % 2 == 0) {
             v = starPolygon<T>(n, 0, 0, 1, 6, std::uint64_t(round));
         }
-        Access<T> poly(v);
-        bool const expected = simpleBruteForce(v);
-        EXPECT_EQ(poly.isSimple(), expected) << "round " << round;
-        simpleCount += expected ? 1 : 0;
+        simpleCount += sameSimplicity(v, round) ? 1 : 0;
     }
     EXPECT_GT(simpleCount, 100);
     EXPECT_LT(simpleCount, 380);
@@ -417,10 +416,7 @@ TYPED_TEST(Polygon, SimplicityWithOverflowingCoordinatesMatchesBruteForce) {
         } else {
             v[std::size_t(round) % n].y = w;
         }
-        Access<T> poly(v);
-        bool const expected = simpleBruteForce(v);
-        EXPECT_EQ(poly.isSimple(), expected) << "round " << round;
-        nonSimple += expected ? 0 : 1;
+        nonSimple += sameSimplicity(v, round) ? 0 : 1;
     }
     EXPECT_GT(nonSimple, 0);
 }
@@ -428,12 +424,10 @@ TYPED_TEST(Polygon, SimplicityWithOverflowingCoordinatesMatchesBruteForce) {
 TYPED_TEST(Polygon, LargePolygonsClassify) {
     using T = TypeParam;
     std::vector<P<T>> v = starPolygon<T>(20000, 0, 0, 500, 1000, 9);
-    Access<T> star(v);
-    EXPECT_TRUE(star.isSimple());
+    EXPECT_TRUE(Access<T>(v).isSimple());
     // Swapping two far-apart vertices makes edges cross.
     std::swap(v[10], v[10010]);
-    Access<T> crossed(v);
-    EXPECT_FALSE(crossed.isSimple());
+    EXPECT_FALSE(Access<T>(v).isSimple());
 }
 
 TYPED_TEST(Polygon, NonFiniteInputIsSafe) {

@@ -36,6 +36,14 @@ void expectFields(math::Crect2<T> const& r, T l, T t, T rr, T b) {
     EXPECT_EQ(r.bottom(), b);
 }
 
+template <typename T>
+void expectBox(math::CboundingBox2<T> const& box, T minX, T minY, T maxX, T maxY) {
+    EXPECT_EQ(box.minX(), minX);
+    EXPECT_EQ(box.minY(), minY);
+    EXPECT_EQ(box.maxX(), maxX);
+    EXPECT_EQ(box.maxY(), maxY);
+}
+
 TYPED_TEST(Rect, SizeAndCenterFromOriginAndExtent) {
     using T = TypeParam;
     math::Crect2<T> r(T(0), T(0), T(10), T(5));
@@ -66,9 +74,7 @@ TEST(RectInt, HugeCoordinatesAreSafe) {
               math::Cpoint2<int>(small + 2, small + 1));
     EXPECT_EQ(r.width(), 2);
     math::Crect2<int> w(big, small, 1, -1);
-    EXPECT_EQ(w.left(), big);
-    EXPECT_EQ(w.right(), small);
-    EXPECT_EQ(w.bottom(), big);
+    expectFields(w, big, small, small, big);
     EXPECT_EQ(w.width(), 1);
     EXPECT_NO_THROW(r.height());
     EXPECT_NO_THROW(r.setCenter(math::Cpoint2<int>(small, small)));
@@ -142,18 +148,22 @@ TYPED_TEST(Rect, PointTestsInclusiveStrictAndBorder) {
     using T = TypeParam;
     using P = math::Cpoint2<T>;
     math::Crect2<T> const r = corners(T(0), T(0), T(4), T(2));
-    EXPECT_TRUE(r.pointIsIn(P(T(0), T(0))));
-    EXPECT_TRUE(r.pointIsIn(P(T(4), T(2))));
-    EXPECT_TRUE(r.pointIsIn(P(T(2), T(1))));
-    EXPECT_FALSE(r.pointIsIn(P(T(5), T(1))));
-    EXPECT_FALSE(r.pointIsRealIn(P(T(0), T(1))));
-    EXPECT_TRUE(r.pointIsRealIn(P(T(2), T(1))));
-    EXPECT_TRUE(r.pointOnBorder(P(T(0), T(1))));
-    EXPECT_TRUE(r.pointOnBorder(P(T(3), T(2))));
-    EXPECT_TRUE(r.pointOnBorder(P(T(4), T(0))));
-    EXPECT_FALSE(r.pointOnBorder(P(T(2), T(1))));
-    EXPECT_FALSE(r.pointOnBorder(P(T(4), T(3))));  // on the line of the right edge, beyond it
-    EXPECT_FALSE(r.pointOnBorder(P(T(5), T(0))));
+    // Per point: pointIsIn, pointIsRealIn, pointOnBorder.
+    auto const expect = [&r](T x, T y, bool in, bool realIn, bool border) {
+        P const p(x, y);
+        EXPECT_EQ(r.pointIsIn(p), in) << p;
+        EXPECT_EQ(r.pointIsRealIn(p), realIn) << p;
+        EXPECT_EQ(r.pointOnBorder(p), border) << p;
+    };
+    expect(T(0), T(0), true, false, true);
+    expect(T(4), T(2), true, false, true);
+    expect(T(2), T(1), true, true, false);
+    expect(T(5), T(1), false, false, false);
+    expect(T(0), T(1), true, false, true);
+    expect(T(3), T(2), true, false, true);
+    expect(T(4), T(0), true, false, true);
+    expect(T(5), T(0), false, false, false);
+    expect(T(4), T(3), false, false, false);  // on the line of the right edge, beyond it
 }
 
 TYPED_TEST(Rect, SharedEdgeDoesNotIntersect) {
@@ -225,14 +235,10 @@ TYPED_TEST(BoundingBox, ExtentsOfVectorAndList) {
     std::vector<P> const pts{P(T(3), T(-1)), P(T(-2), T(4)), P(T(5), T(2))};
     math::CboundingBox2<T> box;
     box.set(pts);
-    EXPECT_EQ(box.minX(), T(-2));
-    EXPECT_EQ(box.minY(), T(-1));
-    EXPECT_EQ(box.maxX(), T(5));
-    EXPECT_EQ(box.maxY(), T(4));
+    expectBox(box, T(-2), T(-1), T(5), T(4));
     math::CboundingBox2<T> fromList;
     fromList.set(std::list<P>(pts.begin(), pts.end()));
-    EXPECT_EQ(fromList.minX(), box.minX());
-    EXPECT_EQ(fromList.maxY(), box.maxY());
+    expectBox(fromList, T(-2), T(-1), T(5), T(4));
     T x = T(0);
     T y = T(0);
     box.getCenter(x, y);
@@ -242,20 +248,14 @@ TYPED_TEST(BoundingBox, ExtentsOfVectorAndList) {
 
     // A single point sets minimum and maximum.
     box.set(std::vector<P>{P(T(7), T(8))});
-    EXPECT_EQ(box.minX(), T(7));
-    EXPECT_EQ(box.maxX(), T(7));
-    EXPECT_EQ(box.minY(), T(8));
-    EXPECT_EQ(box.maxY(), T(8));
+    expectBox(box, T(7), T(8), T(7), T(8));
     EXPECT_TRUE(box.isInside(P(T(7), T(8))));
     EXPECT_FALSE(box.isInside(P(T(8), T(8))));
 
     // Also at the lowest value of T.
     T const lowest = std::numeric_limits<T>::lowest();
     box.set(std::vector<P>{P(lowest, lowest)});
-    EXPECT_EQ(box.minX(), lowest);
-    EXPECT_EQ(box.maxX(), lowest);
-    EXPECT_EQ(box.minY(), lowest);
-    EXPECT_EQ(box.maxY(), lowest);
+    expectBox(box, lowest, lowest, lowest, lowest);
 }
 
 TYPED_TEST(BoundingBox, NaNPointAndEmptyInput) {

@@ -39,6 +39,23 @@ T nan() {
     return std::numeric_limits<T>::quiet_NaN();
 }
 
+template <typename T>
+::testing::AssertionResult near2(Cpoint2<T> const& p, double x, double y, double t) {
+    auto const r = nearAbs(p.x, T(x), t);
+    return r ? nearAbs(p.y, T(y), t) : r;
+}
+
+// A record: invalid when default-built, valid when built, invalid after invalidate(); `bad`
+// (built from invalid parts) invalid.
+template <typename R>
+void validityCycle(R rec, R const& bad) {
+    EXPECT_TRUE(expectInvalid(R()));
+    EXPECT_TRUE(rec.isValid());
+    rec.invalidate();
+    EXPECT_TRUE(expectInvalid(rec));
+    EXPECT_TRUE(expectInvalid(bad));
+}
+
 std::string const kWarning = "\n [FEHLER!]: Richtungsvektoren der Ebene linear abhaengig!\n\n";
 
 // ---------------------------------------------------------------------------------------------
@@ -46,22 +63,17 @@ std::string const kWarning = "\n [FEHLER!]: Richtungsvektoren der Ebene linear a
 
 TYPED_TEST(Shapes, Line2Construction) {
     using T = TypeParam;
-    EXPECT_TRUE(expectInvalid(Cline2<T>()));
     EXPECT_TRUE(expectInvalid(Cline2<T>(Cpoint2<T>(T(1), T(1)), Cpoint2<T>(T(1), T(1)))));
     Cline2<T> const through(Cpoint2<T>(T(1), T(1)), Cpoint2<T>(T(4), T(5)));
     EXPECT_TRUE(through.isValid());
     EXPECT_EQ(through.point(), Cpoint2<T>(T(1), T(1)));
-    EXPECT_TRUE(nearAbs(through.direction().x(), T(0.6), tol<T>()));
-    EXPECT_TRUE(nearAbs(through.direction().y(), T(0.8), tol<T>()));
-    Cpoint2<T> const at = through.pointAt(T(5));
-    EXPECT_TRUE(nearAbs(at.x, T(4), tol<T>()));
-    EXPECT_TRUE(nearAbs(at.y, T(5), tol<T>()));
+    EXPECT_TRUE(near2(through.direction().asPoint(), 0.6, 0.8, tol<T>()));
+    EXPECT_TRUE(near2(through.pointAt(T(5)), 4, 5, tol<T>()));
 
     // Perpendicular to the vector from the origin: direction (-p.y, p.x) normalised.
     Cline2<T> const perp(Cpoint2<T>(T(3), T(4)));
     EXPECT_EQ(perp.point(), Cpoint2<T>(T(3), T(4)));
-    EXPECT_TRUE(nearAbs(perp.direction().x(), T(-0.8), tol<T>()));
-    EXPECT_TRUE(nearAbs(perp.direction().y(), T(0.6), tol<T>()));
+    EXPECT_TRUE(near2(perp.direction().asPoint(), -0.8, 0.6, tol<T>()));
     EXPECT_TRUE(expectInvalid(Cline2<T>(Cpoint2<T>(T(0), T(0)))));
 
     // The direction form stores the direction unchanged.
@@ -69,38 +81,31 @@ TYPED_TEST(Shapes, Line2Construction) {
     EXPECT_EQ(line.direction().x(), T(2));
     line.set(Cpoint2<T>(T(0), T(0)), Cpoint2<T>(T(0), T(-3)));
     EXPECT_EQ(line.direction().y(), T(-1));
-    line.invalidate();
-    EXPECT_TRUE(expectInvalid(line));
-    EXPECT_TRUE(expectInvalid(Cline2<T>(Cpoint2<T>(nan<T>(), T(0)), Cdirec2<T>::posX)));
+    validityCycle(line, Cline2<T>(Cpoint2<T>(nan<T>(), T(0)), Cdirec2<T>::posX));
 }
 
 TYPED_TEST(Shapes, Line2HesseNormalForm) {
     using T = TypeParam;
     Cdirec2<T> n;
     T dist = T(-1);
-    Cline2<T>(Cpoint2<T>(T(0), T(2)), Cdirec2<T>::posX).getHNF(n, dist);
-    EXPECT_EQ(dist, T(2));
-    EXPECT_EQ(n.x(), T(0));
-    EXPECT_EQ(n.y(), T(1));
-    // Through the origin: the normal with a non-negative second component.
-    Cline2<T>(Cpoint2<T>(T(0), T(0)), Cdirec2<T>::negX).getHNF(n, dist);
-    EXPECT_EQ(dist, T(0));
-    EXPECT_EQ(n.x(), T(0));
-    EXPECT_EQ(n.y(), T(1));
-    Cline2<T>(Cpoint2<T>(T(0), T(0)), Cdirec2<T>::posX).getHNF(n, dist);
-    EXPECT_EQ(n.y(), T(1));
-    // d = x dy - y dx > 0: normal (dy, -dx).
-    Cline2<T>(Cpoint2<T>(T(0), T(-2)), Cdirec2<T>::posX).getHNF(n, dist);
-    EXPECT_EQ(dist, T(2));
-    EXPECT_EQ(n.y(), T(-1));
-    // |d| <= eps(T) counts as through the origin (inclusive): d = x dy - y dx = eps here.
     T const eps = std::numeric_limits<T>::epsilon();
-    Cline2<T>(Cpoint2<T>(eps, T(0)), Cdirec2<T>::posY).getHNF(n, dist);
-    EXPECT_EQ(dist, T(0));
-    EXPECT_EQ(n.x(), T(-1));  // (-dy, dx) with dx = 0
-    Cline2<T>(Cpoint2<T>(T(2) * eps, T(0)), Cdirec2<T>::posY).getHNF(n, dist);
-    EXPECT_EQ(dist, T(2) * eps);
-    EXPECT_EQ(n.x(), T(1));  // d > 0: (dy, -dx)
+    // Through the origin (|d| <= eps(T), inclusive): the normal (-dy, dx) with a non-negative
+    // second component; d = x dy - y dx > 0: (dy, -dx).
+    struct Case {
+        T x, y;
+        Cdirec2<T> d;
+        T dist, nx, ny;
+    } const cases[] = {{T(0), T(2), Cdirec2<T>::posX, T(2), T(0), T(1)},
+                       {T(0), T(0), Cdirec2<T>::negX, T(0), T(0), T(1)},
+                       {T(0), T(0), Cdirec2<T>::posX, T(0), T(0), T(1)},
+                       {T(0), T(-2), Cdirec2<T>::posX, T(2), T(0), T(-1)},
+                       {eps, T(0), Cdirec2<T>::posY, T(0), T(-1), T(0)},
+                       {T(2) * eps, T(0), Cdirec2<T>::posY, T(2) * eps, T(1), T(0)}};
+    for (Case const& k : cases) {
+        Cline2<T>(Cpoint2<T>(k.x, k.y), k.d).getHNF(n, dist);
+        EXPECT_EQ(dist, k.dist) << k.x << " " << k.y;
+        EXPECT_EQ(n.asPoint(), Cpoint2<T>(k.nx, k.ny)) << k.x << " " << k.y;
+    }
     // NaN: dist NaN, normal invalid.
     Cline2<T>(Cpoint2<T>(nan<T>(), T(0)), Cdirec2<T>::posX).getHNF(n, dist);
     EXPECT_TRUE(std::isnan(dist));
@@ -122,14 +127,12 @@ TYPED_TEST(Shapes, Line2HesseNormalForm) {
         T arc = T(0);
         line.getDistArc(d2, arc);
         EXPECT_EQ(d2, dist);
-        EXPECT_TRUE(nearAbs(std::cos(arc), n.x(), tol<T>()));
-        EXPECT_TRUE(nearAbs(std::sin(arc), n.y(), tol<T>()));
+        EXPECT_TRUE(near2(n.asPoint(), double(std::cos(arc)), double(std::sin(arc)), tol<T>()));
         // The foot of the perpendicular from the origin is dist * n.
         Cpoint2<T> foot;
         Cpoint2<T> const ret = line.getLotPoint(foot);
         EXPECT_EQ(ret, foot);
-        EXPECT_TRUE(nearAbs(foot.x, dist * n.x(), 100 * tol<T>()));
-        EXPECT_TRUE(nearAbs(foot.y, dist * n.y(), 100 * tol<T>()));
+        EXPECT_TRUE(near2(foot, double(dist * n.x()), double(dist * n.y()), 100 * tol<T>()));
     }
     T arc = T(0);
     Cline2<T>().getDistArc(dist, arc);
@@ -176,8 +179,7 @@ TYPED_TEST(Shapes, Circle2) {
     EXPECT_TRUE(std::isnan(c.radius()));
 
     Ccircle2<T> const three(Cpoint2<T>(T(0), T(0)), Cpoint2<T>(T(2), T(0)), Cpoint2<T>(T(0), T(2)));
-    EXPECT_TRUE(nearAbs(three.center().x, T(1), tol<T>()));
-    EXPECT_TRUE(nearAbs(three.center().y, T(1), tol<T>()));
+    EXPECT_TRUE(near2(three.center(), 1, 1, tol<T>()));
     EXPECT_TRUE(nearAbs(three.radius(), T(std::sqrt(2.0)), tol<T>()));
 
     Ccircle2<T> collinear;
@@ -196,16 +198,12 @@ TYPED_TEST(Shapes, Circle2) {
         double const cx = rnd(10);
         double const cy = rnd(10);
         double const r = 1 + 5 * rnd.unit();
-        double const a1 = 0;
-        double const a2 = 2.0 + rnd(0.5);
-        double const a3 = 4.0 + rnd(0.5);
         auto const at = [&](double a) {
             return Cpoint2<T>(T(cx + r * std::cos(a)), T(cy + r * std::sin(a)));
         };
-        Ccircle2<T> const circle(at(a1), at(a2), at(a3));
+        Ccircle2<T> const circle(at(0), at(2.0 + rnd(0.5)), at(4.0 + rnd(0.5)));
         double const bound = 200 * tol<T>() * (1 + std::fabs(cx) + std::fabs(cy) + r);
-        EXPECT_TRUE(nearAbs(circle.center().x, T(cx), bound));
-        EXPECT_TRUE(nearAbs(circle.center().y, T(cy), bound));
+        EXPECT_TRUE(near2(circle.center(), double(T(cx)), double(T(cy)), bound));
         EXPECT_TRUE(nearAbs(circle.radius(), T(r), bound));
     }
 }
@@ -239,33 +237,28 @@ TYPED_TEST(Shapes, PlaneConstructionAndSetters) {
 
 TYPED_TEST(Shapes, PlaneThroughThreePoints) {
     using T = TypeParam;
-    ::testing::internal::CaptureStdout();
-    Cplane3<T> const plane(Cpoint3<T>(T(1), T(0), T(5)), Cpoint3<T>(T(3), T(0), T(5)),
-                           Cpoint3<T>(T(1), T(4), T(5)));
-    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
+    // The plane through three points (given as nine coordinates) and what it printed.
+    auto const through = [](std::initializer_list<double> c, std::string const& printed) {
+        auto const* v = c.begin();
+        ::testing::internal::CaptureStdout();
+        Cplane3<T> plane;
+        EXPECT_NO_THROW(plane = Cplane3<T>(Cpoint3<T>(T(v[0]), T(v[1]), T(v[2])),
+                                           Cpoint3<T>(T(v[3]), T(v[4]), T(v[5])),
+                                           Cpoint3<T>(T(v[6]), T(v[7]), T(v[8]))));
+        EXPECT_EQ(::testing::internal::GetCapturedStdout(), printed);
+        return plane;
+    };
+    Cplane3<T> const plane = through({1, 0, 5, 3, 0, 5, 1, 4, 5}, "");
     EXPECT_TRUE(plane.isValid());
     EXPECT_EQ(plane.normal().z(), T(1));  // (p2 - p1) × (p3 - p1): right-handed
     EXPECT_EQ(plane.d(), T(-5));
-
-    ::testing::internal::CaptureStdout();
-    Cplane3<T> line;
-    EXPECT_NO_THROW(line = Cplane3<T>(Cpoint3<T>(T(0), T(0), T(0)), Cpoint3<T>(T(1), T(0), T(0)),
-                                      Cpoint3<T>(T(2), T(0), T(0))));
-    EXPECT_EQ(::testing::internal::GetCapturedStdout(), kWarning);
+    Cplane3<T> const line = through({0, 0, 0, 1, 0, 0, 2, 0, 0}, kWarning);
     EXPECT_TRUE(std::isnan(line.normal().x()));
     EXPECT_TRUE(std::isnan(line.d()));
     // Opposite directions are exactly parallel too.
-    ::testing::internal::CaptureStdout();
-    Cplane3<T> const back(Cpoint3<T>(T(0), T(0), T(0)), Cpoint3<T>(T(0), T(2), T(0)),
-                          Cpoint3<T>(T(0), T(-1), T(0)));
-    EXPECT_EQ(::testing::internal::GetCapturedStdout(), kWarning);
-    EXPECT_TRUE(expectInvalid(back));
+    EXPECT_TRUE(expectInvalid(through({0, 0, 0, 0, 2, 0, 0, -1, 0}, kWarning)));
     // Coincident points: a NaN edge direction, no warning, invalid plane.
-    ::testing::internal::CaptureStdout();
-    Cplane3<T> const same(Cpoint3<T>(T(1), T(1), T(1)), Cpoint3<T>(T(1), T(1), T(1)),
-                          Cpoint3<T>(T(2), T(0), T(0)));
-    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
-    EXPECT_TRUE(expectInvalid(same));
+    EXPECT_TRUE(expectInvalid(through({1, 1, 1, 1, 1, 1, 2, 0, 0}, "")));
 
     // Random planes: three points of the plane give back its normal (up to sign) and offset.
     mgeo_test::Noise rnd(51);
@@ -322,15 +315,11 @@ TYPED_TEST(Shapes, PlanePointAt) {
 
 TYPED_TEST(Shapes, Circle3FromFields) {
     using T = TypeParam;
-    EXPECT_TRUE(expectInvalid(Ccircle3<T>()));
     Cplane3<T> const plane(Cdirec3<T>(T(0), T(0), T(1)), T(-1));
-    Ccircle3<T> c(plane, Cpoint3<T>(T(1), T(2), T(7)), T(-2));
+    Ccircle3<T> const c(plane, Cpoint3<T>(T(1), T(2), T(7)), T(-2));
     EXPECT_EQ(c.radius(), T(2));
     EXPECT_EQ(c.center(), Cpoint3<T>(T(1), T(2), T(7)));  // not projected
-    EXPECT_TRUE(c.isValid());
-    c.invalidate();
-    EXPECT_TRUE(expectInvalid(c));
-    EXPECT_TRUE(expectInvalid(Ccircle3<T>(Cplane3<T>(), Cpoint3<T>(T(1), T(2), T(7)), T(1))));
+    validityCycle(c, Ccircle3<T>(Cplane3<T>(), Cpoint3<T>(T(1), T(2), T(7)), T(1)));
 }
 
 TYPED_TEST(Shapes, Circle3ThroughThreePoints) {
@@ -402,45 +391,21 @@ TYPED_TEST(Shapes, PlainRecordsValidity) {
     Cpoint3<T> const bad(T(1), nan<T>(), T(3));
     Cdirec3<T> const d(T(0), T(0), T(1));
 
-    EXPECT_TRUE(expectInvalid(Cline3<T>()));
-    Cline3<T> line(p, Cdirec3<T>::unit(T(0), T(0), T(2)));
+    Cline3<T> const line(p, Cdirec3<T>::unit(T(0), T(0), T(2)));
     EXPECT_EQ(line.direction().z(), T(2));  // stored unchanged
     EXPECT_EQ(line.pointAt(T(1)), Cpoint3<T>(T(1), T(2), T(5)));
-    EXPECT_TRUE(line.isValid());
-    line.invalidate();
-    EXPECT_TRUE(expectInvalid(line));
-    EXPECT_TRUE(expectInvalid(Cline3<T>(bad, d)));
-
-    EXPECT_TRUE(expectInvalid(math::Csphere3<T>()));
-    math::Csphere3<T> sphere(p, T(-2));
+    validityCycle(line, Cline3<T>(bad, d));
+    math::Csphere3<T> const sphere(p, T(-2));
     EXPECT_EQ(sphere.radius(), T(-2));  // stored unchanged
-    EXPECT_TRUE(sphere.isValid());
-    sphere.invalidate();
-    EXPECT_TRUE(expectInvalid(sphere));
-    EXPECT_TRUE(expectInvalid(math::Csphere3<T>(bad, T(1))));
-
-    EXPECT_TRUE(expectInvalid(math::Ccylinder3<T>()));
-    math::Ccylinder3<T> cyl(p, d, T(3));
-    EXPECT_TRUE(cyl.isValid());
-    cyl.invalidate();
-    EXPECT_TRUE(expectInvalid(cyl));
-    EXPECT_TRUE(expectInvalid(math::Ccylinder3<T>(p, Cdirec3<T>(), T(1))));
-
-    EXPECT_TRUE(expectInvalid(math::Cellipse2<T>()));
-    math::Cellipse2<T> ell(Cpoint2<T>(T(1), T(2)), T(3), T(2), T(0.5));
-    EXPECT_TRUE(ell.isValid());
-    ell.invalidate();
-    EXPECT_TRUE(expectInvalid(ell));
-    EXPECT_TRUE(expectInvalid(math::Cellipse2<T>(Cpoint2<T>(T(1), T(2)), T(3), T(2), nan<T>())));
-
-    EXPECT_TRUE(expectInvalid(math::CboundingBox3<T>()));
-    math::CboundingBox3<T> box(p, Cpoint3<T>(T(4), T(5), T(6)));
+    validityCycle(sphere, math::Csphere3<T>(bad, T(1)));
+    validityCycle(math::Ccylinder3<T>(p, d, T(3)), math::Ccylinder3<T>(p, Cdirec3<T>(), T(1)));
+    Cpoint2<T> const c(T(1), T(2));
+    validityCycle(math::Cellipse2<T>(c, T(3), T(2), T(0.5)),
+                  math::Cellipse2<T>(c, T(3), T(2), nan<T>()));
+    math::CboundingBox3<T> const box(p, Cpoint3<T>(T(4), T(5), T(6)));
     EXPECT_EQ(box.min(), p);
     EXPECT_EQ(box.max(), Cpoint3<T>(T(4), T(5), T(6)));
-    EXPECT_TRUE(box.isValid());
-    box.invalidate();
-    EXPECT_TRUE(expectInvalid(box));
-    EXPECT_TRUE(expectInvalid(math::CboundingBox3<T>(p, bad)));
+    validityCycle(box, math::CboundingBox3<T>(p, bad));
 }
 
 }  // namespace

@@ -51,6 +51,21 @@ Points<T> similarity(Points<T> const& src, double a, double b, double tx, double
     return dst;
 }
 
+template <typename T>
+::testing::AssertionResult near2(Cpoint2<T> const& p, double x, double y, double t) {
+    auto const r = nearAbs(p.x, T(x), t);
+    return r ? nearAbs(p.y, T(y), t) : r;
+}
+
+// Every point of a within t of the same point of b.
+template <typename T>
+void expectNearAll(Points<T> const& a, Points<T> const& b, double t) {
+    ASSERT_EQ(a.size(), b.size());
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        EXPECT_TRUE(near2(a[i], double(b[i].x), double(b[i].y), t)) << "point " << i;
+    }
+}
+
 // ---------------------------------------------------------------------------------------------
 // CtransPrm2
 
@@ -84,12 +99,10 @@ TYPED_TEST(Transform2, SinglePointAndListFormsDiffer) {
     std::vector<Cpoint2<T>> out;
     prm.transform(Points<T>{Cpoint2<T>(T(1), T(2))}, out);
     ASSERT_EQ(out.size(), 1u);
-    EXPECT_TRUE(nearAbs(out[0].x, T(-2), tol<T>()));
-    EXPECT_TRUE(nearAbs(out[0].y, T(1), tol<T>()));
+    EXPECT_TRUE(near2(out[0], -2, 1, tol<T>()));
     Cpoint2<T> q;
     prm.transform(Cpoint2<T>(T(1), T(2)), q);
-    EXPECT_TRUE(nearAbs(q.x, T(-1), tol<T>()));
-    EXPECT_TRUE(nearAbs(q.y, T(1), tol<T>()));
+    EXPECT_TRUE(near2(q, -1, 1, tol<T>()));
     // The functor applies the single-point form.
     Cpoint2<T> const f = prm.getTransFunctor()(Cpoint2<T>(T(1), T(2)));
     EXPECT_EQ(f, q);
@@ -112,10 +125,9 @@ TYPED_TEST(Transform2, RetransformInvertsSimilarityListForm) {
         prm.transform(pts, moved);
         Points<T> back = moved;
         prm.retransform(back, back);  // the same vector in and out
+        expectNearAll(back, pts, 100 * tol<T>());
         auto const re = prm.getReTransFunctor();
         for (std::size_t i = 0; i < pts.size(); ++i) {
-            EXPECT_TRUE(nearAbs(back[i].x, pts[i].x, 100 * tol<T>()));
-            EXPECT_TRUE(nearAbs(back[i].y, pts[i].y, 100 * tol<T>()));
             EXPECT_EQ(re(moved[i]), back[i]);
         }
     }
@@ -131,29 +143,24 @@ TYPED_TEST(Transform2, RetransformInvertsSimilarityListForm) {
 
 TYPED_TEST(Transform2, HelmertDocumentedCases) {
     using T = TypeParam;
-    Ctrans2_Helmert<T> h;
-    h.setAll(Points<T>{{T(0), T(0)}, {T(1), T(0)}}, Points<T>{{T(1), T(1)}, {T(1), T(2)}});
-    CtransPrm2<T> prm = h.transform();
-    EXPECT_TRUE(nearAbs(prm.getRot_X(), T(kPi / 2), 10 * tol<T>()));
-    EXPECT_EQ(prm.getRot_Y(), prm.getRot_X());
-    EXPECT_TRUE(nearAbs(prm.getScale().x, T(1), 10 * tol<T>()));
-    EXPECT_TRUE(nearAbs(prm.getTranslation().x, T(1), 10 * tol<T>()));
-    EXPECT_TRUE(nearAbs(prm.getTranslation().y, T(1), 10 * tol<T>()));
-
     Points<T> const tri{{T(0), T(0)}, {T(1), T(0)}, {T(0), T(1)}};
-    h.setAll(tri, tri);
-    prm = h.transform();
-    EXPECT_TRUE(nearAbs(prm.getRot_X(), T(0), 10 * tol<T>()));
-    EXPECT_TRUE(nearAbs(prm.getScale().x, T(1), 10 * tol<T>()));
-    EXPECT_TRUE(nearAbs(prm.getScale().y, T(1), 10 * tol<T>()));
-    EXPECT_TRUE(nearAbs(prm.getTranslation().x, T(0), 10 * tol<T>()));
-
-    // 180 degrees: a = -1, b = 0, so atan(0 / -1) = 0 with scale 1, not pi.
-    Points<T> const turned{{T(0), T(0)}, {T(-1), T(0)}, {T(0), T(-1)}};
-    h.setAll(tri, turned);
-    prm = h.transform();
-    EXPECT_TRUE(nearAbs(prm.getRot_X(), T(0), 10 * tol<T>()));
-    EXPECT_TRUE(nearAbs(prm.getScale().x, T(1), 10 * tol<T>()));
+    // A quarter turn with translation (1, 1); the identity; 180 degrees: a = -1, b = 0, so
+    // atan(0 / -1) = 0 with scale 1, not pi.
+    struct Case {
+        Points<T> src, dst;
+        double rot, tx, ty;
+    } const cases[] = {{{{T(0), T(0)}, {T(1), T(0)}}, {{T(1), T(1)}, {T(1), T(2)}}, kPi / 2, 1, 1},
+                       {tri, tri, 0, 0, 0},
+                       {tri, {{T(0), T(0)}, {T(-1), T(0)}, {T(0), T(-1)}}, 0, 0, 0}};
+    Ctrans2_Helmert<T> h;
+    for (Case const& k : cases) {
+        h.setAll(k.src, k.dst);
+        CtransPrm2<T> const prm = h.transform();
+        EXPECT_TRUE(nearAbs(prm.getRot_X(), T(k.rot), 10 * tol<T>())) << k.rot;
+        EXPECT_EQ(prm.getRot_Y(), prm.getRot_X());
+        EXPECT_TRUE(near2(prm.getScale(), 1, 1, 10 * tol<T>()));
+        EXPECT_TRUE(near2(prm.getTranslation(), k.tx, k.ty, 10 * tol<T>()));
+    }
 }
 
 TYPED_TEST(Transform2, HelmertRecoversRandomSimilarities) {
@@ -174,14 +181,10 @@ TYPED_TEST(Transform2, HelmertRecoversRandomSimilarities) {
         double const bound = 1e3 * tol<T>();  // normal equations square the conditioning
         EXPECT_TRUE(nearAbs(prm.getRot_X(), T(angle), bound));
         EXPECT_TRUE(nearAbs(prm.getScale().x, T(s), bound));
-        EXPECT_TRUE(nearAbs(prm.getTranslation().x, T(tx), 10 * bound));
-        EXPECT_TRUE(nearAbs(prm.getTranslation().y, T(ty), 10 * bound));
+        EXPECT_TRUE(near2(prm.getTranslation(), double(T(tx)), double(T(ty)), 10 * bound));
         Points<T> mapped;
         prm.transform(src, mapped);
-        for (std::size_t i = 0; i < src.size(); ++i) {
-            EXPECT_TRUE(nearAbs(mapped[i].x, dst[i].x, 10 * bound));
-            EXPECT_TRUE(nearAbs(mapped[i].y, dst[i].y, 10 * bound));
-        }
+        expectNearAll(mapped, dst, 10 * bound);
     }
 }
 
@@ -238,8 +241,7 @@ TYPED_TEST(Transform2, AffineRecoversParameters) {
         a.setAll(src, dst);
         CtransPrm2<T> const prm = a.transform();
         double const bound = 1e3 * tol<T>();
-        EXPECT_TRUE(nearAbs(prm.getTranslation().x, T(px[0]), 10 * bound));
-        EXPECT_TRUE(nearAbs(prm.getTranslation().y, T(py[0]), 10 * bound));
+        EXPECT_TRUE(near2(prm.getTranslation(), double(T(px[0])), double(T(py[0])), 10 * bound));
         // Column-wise scales and angles.
         EXPECT_TRUE(nearAbs(prm.getScale().x, T(std::sqrt(px[1] * px[1] + py[2] * py[2])), bound));
         EXPECT_TRUE(nearAbs(prm.getScale().y, T(std::sqrt(px[2] * px[2] + py[1] * py[1])), bound));
@@ -264,10 +266,7 @@ TYPED_TEST(Transform2, AffineOfSimilarityRoundTrips) {
     EXPECT_TRUE(nearAbs(prm.getRot_Y(), T(angle), bound));
     Points<T> mapped;
     prm.transform(src, mapped);
-    for (std::size_t i = 0; i < src.size(); ++i) {
-        EXPECT_TRUE(nearAbs(mapped[i].x, dst[i].x, 10 * bound));
-        EXPECT_TRUE(nearAbs(mapped[i].y, dst[i].y, 10 * bound));
-    }
+    expectNearAll(mapped, dst, 10 * bound);
     // A zero denominator gives pi/2: x' = -y, y' = x (px1 = py1 = 0, px2 = py2 = 1).
     Points<T> const tri{{T(0), T(0)}, {T(1), T(0)}, {T(0), T(1)}};
     Points<T> const triTurned{{T(0), T(0)}, {T(0), T(1)}, {T(-1), T(0)}};

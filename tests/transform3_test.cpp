@@ -3,6 +3,7 @@
 #include <math/transform3.h>
 
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <vector>
 
@@ -93,6 +94,53 @@ template <typename T>
     return ::testing::AssertionSuccess();
 }
 
+// Every element of the n × n matrix m within t of ref(i, j) (t = 0: equal).
+template <typename T, typename F>
+::testing::AssertionResult nearMatrix(Cmatrix<T> const& m, std::size_t n, F ref, double t) {
+    for (std::size_t i = 0; i < n; ++i) {
+        for (std::size_t j = 0; j < n; ++j) {
+            auto const r = nearAbs(m(i, j), T(ref(i, j)), t);
+            if (!r) {
+                return ::testing::AssertionFailure() << i << "," << j << ": " << r.message();
+            }
+        }
+    }
+    return ::testing::AssertionSuccess();
+}
+double identity(std::size_t i, std::size_t j) { return i == j ? 1.0 : 0.0; }
+
+template <typename T>
+::testing::AssertionResult nearQuat(Cquaternion<T> const& q, double w, double x, double y, double z,
+                                    double t) {
+    auto const r = nearPoint(Cpoint3<T>(q.x, q.y, q.z), Cpoint3<T>(T(x), T(y), T(z)), t);
+    return r ? nearAbs(q.w, T(w), t) : r;
+}
+
+// The affine map of a 3 × 4 (or 4 × 4) matrix applied to p.
+template <typename T>
+Cpoint3<T> apply4(Cmatrix<T> const& m, Cpoint3<T> const& p) {
+    Cpoint3<T> q;
+    for (std::size_t i = 0; i < 3; ++i) {
+        q[i] = m(i, 0) * p.x + m(i, 1) * p.y + m(i, 2) * p.z + m(i, 3);
+    }
+    return q;
+}
+
+// r (p - c) + t, independently in double.
+template <typename T>
+Cpoint3<T> rotateDouble(double const (&r)[3][3], Cpoint3<T> const& p, Cpoint3<T> const& c,
+                        Cpoint3<T> const& t) {
+    Cpoint3<T> q;
+    for (std::size_t i = 0; i < 3; ++i) {
+        double v = double(t[i]);
+        for (std::size_t j = 0; j < 3; ++j) {
+            v += r[i][j] * (double(p[j]) - double(c[j]));
+        }
+        q[i] = T(v);
+    }
+    return q;
+}
+
 // ---------------------------------------------------------------------------------------------
 // Conversions
 
@@ -104,11 +152,8 @@ TYPED_TEST(Transform3, QuaternionToMatrixMatchesRodrigues) {
         Cmatrix<T> const m = math::quaternionToMatrix(rot.quaternion<T>());
         ASSERT_EQ(m.m(), 3u);
         ASSERT_EQ(m.n(), 3u);
-        for (std::size_t i = 0; i < 3; ++i) {
-            for (std::size_t j = 0; j < 3; ++j) {
-                EXPECT_TRUE(nearAbs(m(i, j), T(rot.r[i][j]), tol<T>())) << i << "," << j;
-            }
-        }
+        EXPECT_TRUE(nearMatrix(
+            m, 3, [&](auto i, auto j) { return rot.r[i][j]; }, tol<T>()));
     }
 }
 
@@ -117,11 +162,8 @@ TYPED_TEST(Transform3, QuaternionToMatrixClampsAndTurnsNanIntoOne) {
     T const nan = std::numeric_limits<T>::quiet_NaN();
     // Every element that involves w becomes 1 (NaN fails "1 > r"); the diagonal does not use w.
     Cmatrix<T> const m = math::quaternionToMatrix(Cquaternion<T>(nan, T(0), T(0), T(0)));
-    for (std::size_t i = 0; i < 3; ++i) {
-        for (std::size_t j = 0; j < 3; ++j) {
-            EXPECT_EQ(m(i, j), T(1)) << i << "," << j;
-        }
-    }
+    EXPECT_TRUE(nearMatrix(
+        m, 3, [](auto, auto) { return 1.0; }, 0.0));
     Cmatrix<T> const m2 = math::quaternionToMatrix(Cquaternion<T>(nan, T(0.6), T(0), T(0.8)));
     EXPECT_EQ(m2(0, 1), T(1));  // 2(xy - wz)
     EXPECT_EQ(m2(2, 1), T(1));  // 2(yz + wx)
@@ -142,32 +184,22 @@ TYPED_TEST(Transform3, MatrixToQuaternionRoundTrip) {
         RandomRotation const rot(rnd);
         Cquaternion<T> const q = rot.quaternion<T>();
         Cquaternion<T> const back = math::matrixToQuaternion(math::quaternionToMatrix(q));
-        EXPECT_TRUE(nearAbs(back.w, q.w, 4 * tol<T>()));
-        EXPECT_TRUE(nearAbs(back.x, q.x, 4 * tol<T>()));
-        EXPECT_TRUE(nearAbs(back.y, q.y, 4 * tol<T>()));
-        EXPECT_TRUE(nearAbs(back.z, q.z, 4 * tol<T>()));
+        EXPECT_TRUE(nearQuat(back, q.w, q.x, q.y, q.z, 4 * tol<T>()));
     }
 }
 
 TYPED_TEST(Transform3, MatrixToQuaternionHalfTurnBranches) {
     using T = TypeParam;
     // Trace -1: the trace branch is skipped; R00 largest takes the x branch.
-    Cquaternion<T> qx = math::matrixToQuaternion(matrix3<T>({1, 0, 0, 0, -1, 0, 0, 0, -1}));
-    EXPECT_EQ(qx.w, T(0));
-    EXPECT_EQ(qx.x, T(1));
-    EXPECT_EQ(qx.y, T(0));
-    EXPECT_EQ(qx.z, T(0));
-    Cquaternion<T> qy = math::matrixToQuaternion(matrix3<T>({-1, 0, 0, 0, 1, 0, 0, 0, -1}));
-    EXPECT_EQ(qy.w, T(0));
-    EXPECT_EQ(qy.y, T(1));
-    EXPECT_EQ(qy.x, T(0));
-    Cquaternion<T> qz = math::matrixToQuaternion(matrix3<T>({-1, 0, 0, 0, -1, 0, 0, 0, 1}));
-    EXPECT_EQ(qz.w, T(0));
-    EXPECT_EQ(qz.z, T(1));
+    auto const q = [](double d0, double d1, double d2) {
+        return math::matrixToQuaternion(matrix3<T>({d0, 0, 0, 0, d1, 0, 0, 0, d2}));
+    };
+    EXPECT_TRUE(nearQuat(q(1, -1, -1), 0, 1, 0, 0, 0.0));
+    EXPECT_TRUE(nearQuat(q(-1, 1, -1), 0, 0, 1, 0, 0.0));
+    EXPECT_TRUE(nearQuat(q(-1, -1, 1), 0, 0, 0, 1, 0.0));
     // R00 = R11 = 0 > R22: not the x branch (strict), but the y branch.
     Cquaternion<T> qxy = math::matrixToQuaternion(matrix3<T>({0, 1, 0, 1, 0, 0, 0, 0, -1}));
-    EXPECT_TRUE(nearAbs(qxy.x, T(std::sqrt(0.5)), tol<T>()));
-    EXPECT_TRUE(nearAbs(qxy.y, T(std::sqrt(0.5)), tol<T>()));
+    EXPECT_TRUE(nearQuat(qxy, 0, std::sqrt(0.5), std::sqrt(0.5), 0, tol<T>()));
     EXPECT_EQ(qxy.w, T(0));
 }
 
@@ -203,22 +235,21 @@ TYPED_TEST(Transform3, MatrixToQuaternionMakesWNonNegativeAndAtMostOne) {
 
 TYPED_TEST(Transform3, MatrixToQuaternionRejectsNonRotations) {
     using T = TypeParam;
-    auto const invalid = [](Cquaternion<T> const& q) { return q.w != q.w && q.x != q.x; };
-    EXPECT_TRUE(invalid(math::matrixToQuaternion(matrix3<T>({2, 0, 0, 0, 2, 0, 0, 0, 2}))));
-    // A reflection: det = -1.
-    EXPECT_TRUE(invalid(math::matrixToQuaternion(matrix3<T>({-1, 0, 0, 0, 1, 0, 0, 0, 1}))));
-    // det = 1 but not orthogonal (shear).
-    EXPECT_TRUE(invalid(math::matrixToQuaternion(matrix3<T>({1, 0.5, 0, 0, 1, 0, 0, 0, 1}))));
-    T const nan = std::numeric_limits<T>::quiet_NaN();
-    Cmatrix<T> withNan = matrix3<T>({1, 0, 0, 0, 1, 0, 0, 0, 1});
-    withNan(1, 2) = nan;
-    EXPECT_TRUE(invalid(math::matrixToQuaternion(withNan)));
-    EXPECT_TRUE(invalid(math::matrixToQuaternion(Cmatrix<T>(2, 2, T(0)))));
-    EXPECT_TRUE(invalid(math::matrixToQuaternion(Cmatrix<T>(3, 4, T(0)))));
-    EXPECT_TRUE(invalid(math::matrixToQuaternion(Cmatrix<T>())));
+    auto const invalid = [](Cmatrix<T> const& m) {
+        Cquaternion<T> const q = math::matrixToQuaternion(m);
+        return q.w != q.w && q.x != q.x;
+    };
+    double const nan = std::numeric_limits<double>::quiet_NaN();
+    // Scaled, a reflection (det = -1), a shear (det = 1, not orthogonal), a NaN, wrong sizes.
+    for (auto const& m :
+         {matrix3<T>({2, 0, 0, 0, 2, 0, 0, 0, 2}), matrix3<T>({-1, 0, 0, 0, 1, 0, 0, 0, 1}),
+          matrix3<T>({1, 0.5, 0, 0, 1, 0, 0, 0, 1}), matrix3<T>({1, 0, 0, 0, 1, nan, 0, 0, 1}),
+          Cmatrix<T>(2, 2, T(0)), Cmatrix<T>(3, 4, T(0)), Cmatrix<T>()}) {
+        EXPECT_TRUE(invalid(m)) << m.m() << " x " << m.n();
+    }
     // The rotation test is relative 2^-15: an error of 1e-5 passes, 1e-4 does not.
-    EXPECT_FALSE(invalid(math::matrixToQuaternion(matrix3<T>({1, 0, 0, 0, 1, 1e-5, 0, 0, 1}))));
-    EXPECT_TRUE(invalid(math::matrixToQuaternion(matrix3<T>({1, 0, 0, 0, 1, 1e-4, 0, 0, 1}))));
+    EXPECT_FALSE(invalid(matrix3<T>({1, 0, 0, 0, 1, 1e-5, 0, 0, 1})));
+    EXPECT_TRUE(invalid(matrix3<T>({1, 0, 0, 0, 1, 1e-4, 0, 0, 1})));
 }
 
 TYPED_TEST(Transform3, MatrixToQuaternionReadsUpperLeftOf4x4) {
@@ -240,17 +271,9 @@ TYPED_TEST(Transform3, DefaultIsIdentityWithMismatchedQuaternion) {
     Cpoint3<T> q;
     prm.transform(Cpoint3<T>(T(1.5), T(-2), T(3)), q);
     EXPECT_EQ(q, Cpoint3<T>(T(1.5), T(-2), T(3)));
-    Cmatrix<T> const m = prm.get4x4Matrix();
-    for (std::size_t i = 0; i < 4; ++i) {
-        for (std::size_t j = 0; j < 4; ++j) {
-            EXPECT_EQ(m(i, j), T(i == j ? 1 : 0));
-        }
-    }
+    EXPECT_TRUE(nearMatrix(prm.get4x4Matrix(), 4, identity, 0.0));
     EXPECT_TRUE(nearAbs(prm.getArc(), T(1), tol<T>()));
-    math::Cdirec3<T> const axis = prm.getAxis();
-    EXPECT_EQ(axis.x(), T(0));
-    EXPECT_EQ(axis.y(), T(0));
-    EXPECT_EQ(axis.z(), T(1));
+    EXPECT_EQ(prm.getAxis().asPoint(), Cpoint3<T>(T(0), T(0), T(1)));
     EXPECT_EQ(prm.getScale(), Cpoint3<T>(T(1), T(1), T(1)));
     EXPECT_EQ(prm.getTranslation(), Cpoint3<T>(T(0), T(0), T(0)));
 }
@@ -288,12 +311,7 @@ TYPED_TEST(Transform3, HomogeneousMatrixWithScaleAndTransposedRetransform) {
     prm.setNewPrm(m);
     EXPECT_EQ(prm.getScale(), Cpoint3<T>(T(2), T(2), T(2)));
     EXPECT_EQ(prm.getTranslation(), Cpoint3<T>(T(1), T(2), T(3)));
-    Cmatrix<T> const rot = prm.getRot_Matrix();
-    for (std::size_t i = 0; i < 3; ++i) {
-        for (std::size_t j = 0; j < 3; ++j) {
-            EXPECT_EQ(rot(i, j), T(i == j ? 1 : 0));
-        }
-    }
+    EXPECT_TRUE(nearMatrix(prm.getRot_Matrix(), 3, identity, 0.0));
     Cpoint3<T> q;
     prm.transform(Cpoint3<T>(T(1), T(1), T(1)), q);
     EXPECT_EQ(q, Cpoint3<T>(T(3), T(4), T(5)));
@@ -303,73 +321,52 @@ TYPED_TEST(Transform3, HomogeneousMatrixWithScaleAndTransposedRetransform) {
     // The matrix constructor takes the translation from the 4 × 4 as well.
     CtransPrm3<T> const fromMatrix(m, Cpoint3<T>(T(9), T(9), T(9)));
     EXPECT_EQ(fromMatrix.getTranslation(), Cpoint3<T>(T(1), T(2), T(3)));
-    Cmatrix<T> const back = fromMatrix.get4x4Matrix();
-    for (std::size_t i = 0; i < 4; ++i) {
-        for (std::size_t j = 0; j < 4; ++j) {
-            EXPECT_EQ(back(i, j), m(i, j));
-        }
-    }
+    EXPECT_TRUE(nearMatrix(
+        fromMatrix.get4x4Matrix(), 4, [&](auto i, auto j) { return m(i, j); }, 0.0));
 }
 
 TYPED_TEST(Transform3, ErrorIds) {
     using T = TypeParam;
     CtransPrm3<T> prm;
+    auto const setM = [&](Cmatrix<T> const& m) { return [&prm, m] { prm.setNewPrm(m); }; };
+    auto const setR = [&](Cmatrix<T> const& m) { return [&prm, m] { prm.setRotation(m); }; };
+    int const inv = CthrowMath::ERR_TRANS_INV_MATRIX;
     Cmatrix<T> lastRow(4, 4, T(0));
     lastRow.setIdentity();
     lastRow(3, 3) = T(2);
-    EXPECT_TRUE(expectThrowId<CthrowMath>([&] { prm.setNewPrm(lastRow); },
-                                          CthrowMath::ERR_TRANS_INV_MATRIX));
+    EXPECT_TRUE(expectThrowId<CthrowMath>(setM(lastRow), inv));
     lastRow(3, 3) = T(1);
     lastRow(3, 0) = T(1e-30);
-    EXPECT_TRUE(expectThrowId<CthrowMath>([&] { prm.setNewPrm(lastRow); },
-                                          CthrowMath::ERR_TRANS_INV_MATRIX));
-    EXPECT_TRUE(expectThrowId<CthrowMath>([&] { prm.setNewPrm(Cmatrix<T>(3, 4, T(1))); },
-                                          CthrowMath::ERR_MATRIX_NOTSQUARE));
-    try {
-        prm.setNewPrm(Cmatrix<T>(2, 2, T(1)));
-        ADD_FAILURE() << "no exception";
-    } catch (CthrowMath const& e) {
-        EXPECT_EQ(e.id(), CthrowMath::ERR_MATRIX_DIMS);
-        EXPECT_NE(e.message().find("(m:2,n:2)"), std::string::npos) << e.message();
+    EXPECT_TRUE(expectThrowId<CthrowMath>(setM(lastRow), inv));
+    EXPECT_TRUE(
+        expectThrowId<CthrowMath>(setM(Cmatrix<T>(3, 4, T(1))), CthrowMath::ERR_MATRIX_NOTSQUARE));
+    // Wrong sizes: the id and the size in the message.
+    std::pair<std::function<void()>, char const*> const dims[] = {
+        {setM(Cmatrix<T>(2, 2, T(1))), "(m:2,n:2)"}, {setR(Cmatrix<T>(4, 3, T(1))), "(m:4,n:3)"}};
+    for (auto const& [fn, text] : dims) {
+        try {
+            fn();
+            ADD_FAILURE() << "no exception";
+        } catch (CthrowMath const& e) {
+            EXPECT_EQ(e.id(), CthrowMath::ERR_MATRIX_DIMS);
+            EXPECT_NE(e.message().find(text), std::string::npos) << e.message();
+        }
     }
-    try {
-        prm.setRotation(Cmatrix<T>(4, 3, T(1)));
-        ADD_FAILURE() << "no exception";
-    } catch (CthrowMath const& e) {
-        EXPECT_EQ(e.id(), CthrowMath::ERR_MATRIX_DIMS);
-        EXPECT_NE(e.message().find("(m:4,n:3)"), std::string::npos) << e.message();
-    }
-    EXPECT_TRUE(expectThrowId<CthrowMath>(
-        [&] {
-            prm.setRotation(matrix3<T>({1, 0, 0, 0, 0, 0, 0, 0, 1}));
-        },
-        CthrowMath::ERR_TRANS_INV_MATRIX));
+    EXPECT_TRUE(expectThrowId<CthrowMath>(setR(matrix3<T>({1, 0, 0, 0, 0, 0, 0, 0, 1})), inv));
     // A column whose squared length underflows has length exactly 0: id 28, with the
     // computed scale already stored.
-    T const tiny = std::sqrt(std::numeric_limits<T>::denorm_min());
-    EXPECT_TRUE(expectThrowId<CthrowMath>(
-        [&] {
-            prm.setRotation(matrix3<T>({1, 0, 0, 0, 1, 0, 0, 0, 0}));
-        },
-        CthrowMath::ERR_TRANS_INV_MATRIX));
+    EXPECT_TRUE(expectThrowId<CthrowMath>(setR(matrix3<T>({1, 0, 0, 0, 1, 0, 0, 0, 0})), inv));
     EXPECT_EQ(prm.getScale(), Cpoint3<T>(T(1), T(1), T(0)));
     Cmatrix<T> underflow = matrix3<T>({1, 0, 0, 0, 1, 0, 0, 0, 0});
-    underflow(2, 2) = tiny / T(4);
-    EXPECT_TRUE(expectThrowId<CthrowMath>([&] { prm.setRotation(underflow); },
-                                          CthrowMath::ERR_TRANS_INV_MATRIX));
+    underflow(2, 2) = std::sqrt(std::numeric_limits<T>::denorm_min()) / T(4);
+    EXPECT_TRUE(expectThrowId<CthrowMath>(setR(underflow), inv));
     double const h = std::sqrt(0.5);
+    int const notOrth = CthrowMath::ERR_MATRIX_NOTORTHOGONAL;
+    EXPECT_TRUE(expectThrowId<CthrowMath>(setR(matrix3<T>({1, h, 0, 0, h, 0, 0, 0, 1})), notOrth));
+    Cquaternion<T> const bad(std::numeric_limits<T>::quiet_NaN(), T(0), T(0), T(1));
+    EXPECT_TRUE(expectThrowId<CthrowMath>([&] { prm.setRotation(bad); }, notOrth));
     EXPECT_TRUE(expectThrowId<CthrowMath>(
-        [&] {
-            prm.setRotation(matrix3<T>({1, h, 0, 0, h, 0, 0, 0, 1}));
-        },
-        CthrowMath::ERR_MATRIX_NOTORTHOGONAL));
-    T const nan = std::numeric_limits<T>::quiet_NaN();
-    Cquaternion<T> const bad(nan, T(0), T(0), T(1));
-    EXPECT_TRUE(expectThrowId<CthrowMath>([&] { prm.setRotation(bad); },
-                                          CthrowMath::ERR_MATRIX_NOTORTHOGONAL));
-    EXPECT_TRUE(
-        expectThrowId<CthrowMath>([&] { CtransPrm3<T> p(bad, Cpoint3<T>(T(0), T(0), T(0))); },
-                                  CthrowMath::ERR_MATRIX_NOTORTHOGONAL));
+        [&] { CtransPrm3<T> p(bad, Cpoint3<T>(T(0), T(0), T(0))); }, notOrth));
 }
 
 TYPED_TEST(Transform3, ScaledRotationMatrixSplitsIntoRotationAndScale) {
@@ -385,12 +382,8 @@ TYPED_TEST(Transform3, ScaledRotationMatrixSplitsIntoRotationAndScale) {
     }
     CtransPrm3<T> prm(trf, Cpoint3<T>(T(1), T(2), T(3)));
     EXPECT_TRUE(nearPoint(prm.getScale(), Cpoint3<T>(T(s[0]), T(s[1]), T(s[2])), 4 * tol<T>()));
-    Cmatrix<T> const r = prm.getRot_Matrix();
-    for (std::size_t i = 0; i < 3; ++i) {
-        for (std::size_t j = 0; j < 3; ++j) {
-            EXPECT_TRUE(nearAbs(r(i, j), T(rot.r[i][j]), tol<T>()));
-        }
-    }
+    EXPECT_TRUE(nearMatrix(
+        prm.getRot_Matrix(), 3, [&](auto i, auto j) { return rot.r[i][j]; }, tol<T>()));
     // acos near w = cos(angle / 2) amplifies the rounding of w.
     EXPECT_TRUE(nearAbs(prm.getArc(), T(rot.angle), 1e3 * tol<T>()));
     EXPECT_TRUE(nearAbs(prm.getAxis().x(), T(rot.axis[0]), 1e2 * tol<T>()));
@@ -422,31 +415,14 @@ TYPED_TEST(Transform3, RandomRigidRoundTrips) {
         for (std::size_t k = 0; k < pts.size(); ++k) {
             Cpoint3<T> const& p = pts[k];
             // Independent: R p + t in double with Rodrigues' matrix.
-            Cpoint3<T> expected;
-            for (std::size_t i = 0; i < 3; ++i) {
-                double v = double(t[i]);
-                for (std::size_t j = 0; j < 3; ++j) {
-                    v += rot.r[i][j] * double(p[j]);
-                }
-                expected[i] = T(v);
-            }
-            EXPECT_TRUE(nearPoint(moved[k], expected, 20 * tol<T>()));
-            // The 4 × 4 matrix gives the same point.
-            Cpoint3<T> via4;
-            for (std::size_t i = 0; i < 3; ++i) {
-                via4[i] = m4(i, 0) * p.x + m4(i, 1) * p.y + m4(i, 2) * p.z + m4(i, 3);
-            }
-            EXPECT_TRUE(nearPoint(via4, moved[k], 20 * tol<T>()));
-            // The inverse 4 × 4 matrix is the matrix of retransform.
+            Cpoint3<T> const zero(T(0), T(0), T(0));
+            EXPECT_TRUE(nearPoint(moved[k], rotateDouble(rot.r, p, zero, t), 20 * tol<T>()));
+            // The 4 × 4 matrix gives the same point; its inverse is the matrix of retransform.
+            EXPECT_TRUE(nearPoint(apply4(m4, p), moved[k], 20 * tol<T>()));
             Cpoint3<T> back;
             prm.retransform(moved[k], back);
             EXPECT_TRUE(nearPoint(back, p, 20 * tol<T>()));
-            Cpoint3<T> viaRe;
-            Cpoint3<T> const& q = moved[k];
-            for (std::size_t i = 0; i < 3; ++i) {
-                viaRe[i] = re4(i, 0) * q.x + re4(i, 1) * q.y + re4(i, 2) * q.z + re4(i, 3);
-            }
-            EXPECT_TRUE(nearPoint(viaRe, back, 20 * tol<T>()));
+            EXPECT_TRUE(nearPoint(apply4(re4, moved[k]), back, 20 * tol<T>()));
         }
         std::vector<Cpoint3<T>> back;
         prm.retransform(moved, back);
@@ -469,9 +445,7 @@ TYPED_TEST(Transform3, MatrixSetterAgreesWithQuaternionSetter) {
     CtransPrm3<T> b;
     b.setRotation(a.getTrf_Matrix());
     EXPECT_TRUE(nearAbs(b.getArc(), a.getArc(), 1e3 * tol<T>()));
-    for (std::size_t i = 0; i < 3; ++i) {
-        EXPECT_TRUE(nearAbs(b.getAxis()[i], a.getAxis()[i], 1e2 * tol<T>()));
-    }
+    EXPECT_TRUE(nearPoint(b.getAxis().asPoint(), a.getAxis().asPoint(), 1e2 * tol<T>()));
 }
 
 TYPED_TEST(Transform3, ProtectedHelpers) {
@@ -512,14 +486,7 @@ TYPED_TEST(Transform3, TransformerToAndFromFrame) {
     Cpoint3<T> const p(T(3), T(4), T(-1));
 
     // R (p - c), independently in double.
-    Cpoint3<T> expected;
-    for (std::size_t i = 0; i < 3; ++i) {
-        double v = 0;
-        for (std::size_t j = 0; j < 3; ++j) {
-            v += rot.r[i][j] * (double(p[j]) - double(c[j]));
-        }
-        expected[i] = T(v);
-    }
+    Cpoint3<T> const expected = rotateDouble(rot.r, p, c, Cpoint3<T>(T(0), T(0), T(0)));
     Cpoint3<T> out;
     F::transformTo(r, p, out, c);
     EXPECT_TRUE(nearPoint(out, expected, 20 * tol<T>()));
