@@ -45,7 +45,8 @@ public:
 
     // The solution of A·X = B with iterative refinement: X_{k+1} = X_k - solve(A·X_k - B) as
     // long as the error sum over all but the last element of A·X - B strictly decreases. A must
-    // be the matrix the solver was set up with; it only forms the residuals.
+    // be the matrix the solver was set up with; it only forms the residuals. At most 1000 passes
+    // (a NaN error sum also ends it): the last improving iterate is returned.
     Cmatrix<T> solveItr(Cmatrix<T> const& a, Cmatrix<T> const& b);
     // Sum over the elements of B of (B_ij - (A·X)_ij)^2, in double: no root, no division.
     T deviation(Cmatrix<T> const& a, Cmatrix<T> const& x, Cmatrix<T> const& b);
