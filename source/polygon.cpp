@@ -9,8 +9,10 @@
 #include <queue>
 #include <tuple>
 
+#include "detail/exact_orient.h"
 #include "detail/hull2.h"
 #include "detail/plane_predicates.h"
+#include "detail/polar_sort.h"
 
 namespace math {
 
@@ -87,6 +89,37 @@ bool angularLess(AngularItem<T> const& a, AngularItem<T> const& b) {
 template <typename T>
 bool samePoint(AngularItem<T> const& a, AngularItem<T> const& b) {
     return a.p.x == b.p.x && a.p.y == b.p.y;
+}
+
+// The exact orientation sign of (a, b, p): +1 when p lies left of a->b, 0 on its line.
+template <typename T>
+int exactTurn(Cpoint2<T> const& a, Cpoint2<T> const& b, Cpoint2<T> const& p) {
+    return detail::orientSign(a.x, a.y, b.x, b.y, p.x, p.y);
+}
+
+// The ring v started at its vertex of smallest x (then smallest y, the first such vertex), each
+// other vertex kept when it is not exactly collinear with its two neighbours in the ring.
+template <typename T>
+std::vector<Cpoint2<T>> dropCollinearExact(std::vector<Cpoint2<T>> const& v) {
+    std::size_t const n = v.size();
+    std::vector<Cpoint2<T>> out;
+    if (n == 0) {
+        return out;
+    }
+    std::size_t s = 0;
+    for (std::size_t i = 1; i < n; ++i) {
+        if (v[i].x < v[s].x || (v[i].x == v[s].x && v[i].y < v[s].y)) {
+            s = i;
+        }
+    }
+    out.reserve(n);
+    out.push_back(v[s]);
+    for (std::size_t j = 1; j < n; ++j) {
+        if (exactTurn(v[(s + j - 1) % n], v[(s + j) % n], v[(s + j + 1) % n]) != 0) {
+            out.push_back(v[(s + j) % n]);
+        }
+    }
+    return out;
 }
 
 // Euclidean distance from p to the segment a-b, in double.
@@ -599,6 +632,10 @@ bool Cpolygon2<T>::pointIsIn(Cpoint2<T> const& p) const {
 // ---------------------------------------------------------------------------------------------
 // Derived polygons
 
+// Every turn below is the exact orientation sign of the input values, so the polygon is the
+// convex hull of the points exactly (with the collinear boundary points unless opt is true);
+// the pivot's translation to the origin is implicit, and the vertices are the input points
+// themselves.
 template <typename T>
 Cpolygon2<T> Cpolygon2<T>::convexPoly(std::vector<Cpoint2<T>> const& points, bool opt) {
     std::vector<Cpoint2<T>> pts;
@@ -619,56 +656,76 @@ Cpolygon2<T> Cpolygon2<T>::convexPoly(std::vector<Cpoint2<T>> const& points, boo
         }
     }
     Cpoint2<T> const pivot = pts[pivotIndex];
+    pts.erase(std::remove_if(pts.begin(), pts.end(),
+                             [&pivot](Cpoint2<T> const& p) {
+                                 return p.x == pivot.x && p.y == pivot.y;  // pivot and copies
+                             }),
+              pts.end());
 
-    // Translate so that the pivot is the origin; every translated y is >= 0, so the polar
-    // angle lies in [0, pi] and the pseudo-angle in [0, 2].
-    std::vector<AngularItem<T>> items;
-    items.reserve(pts.size());
-    for (Cpoint2<T> const& p : pts) {
-        Cpoint2<T> const q(p.x - pivot.x, p.y - pivot.y);
-        if (q.x == T(0) && q.y == T(0)) {
-            continue;  // the pivot and its copies
+    // Polar order about the pivot. Every point lies on or above the pivot's row, so its angle
+    // is in [0, pi]: the half [0, pi) first, then the ray at pi (left on the pivot's row).
+    // Within one half the exact turn orders the directions; on one ray the nearer point comes
+    // first (its x nearer to the pivot's; on a vertical ray the smaller y).
+    auto const atPi = [&pivot](Cpoint2<T> const& p) { return p.y == pivot.y && p.x < pivot.x; };
+    auto const sameRay = [&](Cpoint2<T> const& a, Cpoint2<T> const& b) {
+        return atPi(a) == atPi(b) && exactTurn(pivot, a, b) == 0;
+    };
+    detail::polarSort(pts, 0, pivot, [&](Cpoint2<T> const& a, Cpoint2<T> const& b) {
+        bool const pa = atPi(a);
+        bool const pb = atPi(b);
+        if (pa != pb) {
+            return pb;
         }
-        double const dx = static_cast<double>(q.x);
-        double const dy = static_cast<double>(q.y);
-        items.push_back({pseudoAngle(dx, dy), dx * dx + dy * dy, q});
-    }
-    std::sort(items.begin(), items.end(), angularLess<T>);
-    items.erase(std::unique(items.begin(), items.end(), samePoint<T>), items.end());
+        int const turn = exactTurn(pivot, a, b);
+        if (turn != 0) {
+            return turn > 0;
+        }
+        if (a.x != b.x) {
+            return (a.x < b.x) == (a.x > pivot.x);
+        }
+        return a.y < b.y;
+    });
+    pts.erase(std::unique(pts.begin(), pts.end(),
+                          [](Cpoint2<T> const& a, Cpoint2<T> const& b) {
+                              return a.x == b.x && a.y == b.y;
+                          }),
+              pts.end());
     // The last ray is walked outside-in, so that collinear points of the closing edge come in
     // boundary order (unless every point lies on one ray).
-    if (!items.empty()) {
-        std::size_t first = items.size() - 1;
-        while (first > 0 && items[first - 1].key == items.back().key) {
+    if (!pts.empty()) {
+        std::size_t first = pts.size() - 1;
+        while (first > 0 && sameRay(pts[first - 1], pts.back())) {
             --first;
         }
         if (first > 0) {
-            std::reverse(items.begin() + static_cast<std::ptrdiff_t>(first), items.end());
+            std::reverse(pts.begin() + static_cast<std::ptrdiff_t>(first), pts.end());
         }
     }
 
-    // Graham scan: push each point; while the last three make a strictly clockwise turn
-    // (cross product < 0) drop the middle one. Collinear points (exactly 0) stay.
+    // Graham scan: push each point; while the last three make a strictly clockwise turn drop
+    // the middle one. Collinear points (turn exactly 0) stay.
     std::vector<Cpoint2<T>> hull;
-    hull.reserve(items.size() + 1);
-    hull.emplace_back(T(0), T(0));
-    for (std::size_t i = 0; i < items.size(); ++i) {
-        hull.push_back(items[i].p);
+    hull.reserve(pts.size() + 1);
+    hull.push_back(pivot);
+    for (std::size_t i = 0; i < pts.size(); ++i) {
+        hull.push_back(pts[i]);
         if (i < 2) {
             continue;  // the first three (pivot and two points) start the scan unchecked
         }
         while (hull.size() >= 3 &&
-               orientation(hull[hull.size() - 3], hull[hull.size() - 2], hull.back()) < T(0)) {
+               exactTurn(hull[hull.size() - 3], hull[hull.size() - 2], hull.back()) < 0) {
             hull.erase(hull.end() - 2);
         }
     }
-    for (Cpoint2<T>& v : hull) {
-        v = Cpoint2<T>(v.x + pivot.x, v.y + pivot.y);
-    }
 
-    Cpolygon2 poly(hull);
+    Cpolygon2 poly;
     if (opt) {
-        poly.optimize(false);
+        // The clean-up of optimize(false) (rotation to the lowest-x vertex, then the collinear
+        // vertices dropped), with collinearity decided exactly: a rounded cross product could
+        // drop a true corner or keep a point inside an edge.
+        poly.m_vertices = dropCollinearExact(hull);
+    } else {
+        poly.m_vertices.swap(hull);
     }
     if (poly.m_vertices.size() < 3) {
         poly.m_type = tooFewVertices;

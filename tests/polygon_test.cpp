@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "support/builders.h"
+#include "support/exact_hull.h"
 #include "support/tolerance.h"
 
 namespace {
@@ -378,6 +379,62 @@ TYPED_TEST(Polygon, ConvexPolyOfPointSet) {
     // All points on one line: no area.
     Poly<T> const line = Poly<T>::convexPoly(pts<T>({{0, 0}, {1, 1}, {2, 2}, {3, 3}}), true);
     EXPECT_EQ(line.type(), Poly<T>::tooFewVertices);
+}
+
+// convexPoly against the exact hull of the values: with opt the strict hull from its lowest-x
+// vertex; without, a boundary holding every hull vertex with every point left of or on each
+// edge. Sets of grids, near-collinear lines, duplicates and slivers, and two inputs whose
+// rounded polar keys once put interior points on the polygon.
+TYPED_TEST(Polygon, ConvexPolyIsTheExactHull) {
+    using T = TypeParam;
+    using mgeo_test::I128;
+    std::vector<std::vector<std::pair<double, double>>> sets{
+        {{0.2, 0}, {0.1, 2.6}, {1.7000000000000002, 1.2000000000000002}, {2.7, 2.0},
+         {0.7000000000000001, 0.4}},
+        {{0.005, 0}, {0.001, 0.008}, {0.002, 0.004}, {0.003, 0.004}, {0, 0.01}}};
+    for (int kind = 0; kind < 6; ++kind) {
+        for (unsigned seed = 1; seed <= 50; ++seed) {
+            sets.push_back(mgeo_test::hardHullSet(kind, seed));
+        }
+    }
+    for (std::size_t s = 0; s < sets.size(); ++s) {
+        std::vector<P<T>> cloud;
+        std::vector<std::pair<double, double>> xy;
+        for (auto const& p : sets[s]) {
+            cloud.emplace_back(T(p.first), T(p.second));
+            xy.emplace_back(double(cloud.back().x), double(cloud.back().y));
+        }
+        std::vector<std::pair<I128, I128>> g;
+        ASSERT_TRUE(mgeo_test::exactIntegers(xy, g)) << "set " << s;
+        std::vector<P<T>> hull;
+        for (std::size_t i : mgeo_test::exactHullIndices(g, false)) {
+            hull.push_back(cloud[i]);
+        }
+        Poly<T> const opt = Poly<T>::convexPoly(cloud, true);
+        if (hull.empty()) {
+            EXPECT_LT(opt.size(), 3u) << "set " << s;
+            continue;
+        }
+        EXPECT_EQ(opt.vertices(), hull) << "set " << s;
+        Poly<T> const raw = Poly<T>::convexPoly(cloud, false);
+        std::vector<P<T>> const& v = raw.vertices();
+        for (P<T> const& h : hull) {
+            EXPECT_NE(std::find(v.begin(), v.end(), h), v.end()) << "set " << s;
+        }
+        auto const exact = [&](P<T> const& q) {
+            std::size_t const i = std::size_t(std::find(cloud.begin(), cloud.end(), q) - cloud.begin());
+            return g.at(i);
+        };
+        for (std::size_t i = 0; i < v.size(); ++i) {
+            auto const a = exact(v[i]);
+            auto const b = exact(v[(i + 1) % v.size()]);
+            for (auto const& c : g) {
+                I128 const turn = (b.first - a.first) * (c.second - a.second) -
+                                  (b.second - a.second) * (c.first - a.first);
+                EXPECT_GE(turn, I128(0)) << "set " << s << " edge " << i;
+            }
+        }
+    }
 }
 
 TYPED_TEST(Polygon, SimplicityWithPruningMatchesBruteForce) {

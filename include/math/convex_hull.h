@@ -18,11 +18,11 @@ namespace math {
 // three consecutive vertices are collinear. Fewer than 3 input points, or fewer than 3 distinct
 // directions seen from the pivot, give an empty hull.
 //
-// Integer coordinates: orientation and squared distances are computed in 64-bit integers from
-// exact 64-bit coordinate differences. They are exact, and the hull correct, whenever every
-// coordinate difference of the input lies in (-2^31, 2^31), e.g. for all coordinates in
-// [-2^30, 2^30). Beyond that range the products wrap modulo 2^64 (defined behaviour, no
-// undefined signed overflow): the hull is then meaningless, but memory stays safe.
+// Every turn of the scan is decided by an exact orientation predicate (a floating-point filter,
+// exact expansion or fixed-point arithmetic only when the filter cannot decide; 128-bit
+// integers for int), so the hull is exactly the convex hull of the input values: of every
+// float and double input, and of int input over the whole int range without overflow. Points
+// with a NaN or infinite coordinate are left out.
 template <typename T>
 class CcvxHull2D {
 public:
