@@ -30,9 +30,11 @@ std::vector<P3> cylinderData(std::size_t n) {
                                              4 * mgeo_test::kPi / 3, 0.01, 5);
 }
 
-// The full ellipse (cx, cy) = (40, -15), a = 30, b = 12, turned by 0.6, noise 0.05.
-std::vector<P2> ellipseData(std::size_t n) {
-    return mgeo_test::ellipsePoints<double>(40, -15, 30, 12, 0.6, n, 2 * mgeo_test::kPi, 0.05, 6);
+// The ellipse (cx, cy) = (40, -15), a = 30, b = 12, turned by 0.6, noise 0.05: all of it, or
+// (half) the arc t in [0, pi).
+std::vector<P2> ellipseData(std::size_t n, bool half = false) {
+    return mgeo_test::ellipsePoints<double>(40, -15, 30, 12, 0.6, n,
+                                            (half ? 1 : 2) * mgeo_test::kPi, 0.05, 6);
 }
 
 // Times `run`, which returns the iteration count of the fit it made.
@@ -128,14 +130,14 @@ constexpr double kEllTol = 1e-9;
 
 void BM_EllipseGeom(benchmark::State& state) {
     auto const n = static_cast<std::size_t>(state.range(0));
-    auto const pts = ellipseData(n);
+    auto const pts = ellipseData(n, state.range(1) != 0);
     math::Cellipse2<double> e;
     int const steps = stepsOf([&](unsigned long long m) {
         A::fitEllipseGeom(pts, e, {m, kEllTol, kEllTol, kEllTol, kEllTol, kEllTol});
         return e.isValid();
     });
     report(state, n, [&] {
-        A::fitEllipseGeom(pts, e, {100, kEllTol, kEllTol, kEllTol, kEllTol, kEllTol});
+        A::fitEllipseGeom(pts, e, {200, kEllTol, kEllTol, kEllTol, kEllTol, kEllTol});
         benchmark::DoNotOptimize(e);
         return steps;
     });
@@ -144,7 +146,7 @@ void BM_EllipseGeom(benchmark::State& state) {
 
 void BM_EllipseGeomLM(benchmark::State& state) {
     auto const n = static_cast<std::size_t>(state.range(0));
-    auto const pts = ellipseData(n);
+    auto const pts = ellipseData(n, state.range(1) != 0);
     math::Cellipse2<double> e;
     int const steps = stepsOf([&](unsigned long long m) {
         math::CqEllipseGeomLM<double> q{m, kEllTol, kEllTol, kEllTol, kEllTol, kEllTol, 0};
@@ -152,7 +154,7 @@ void BM_EllipseGeomLM(benchmark::State& state) {
         return e.isValid();
     });
     report(state, n, [&] {
-        math::CqEllipseGeomLM<double> q{100, kEllTol, kEllTol, kEllTol, kEllTol, kEllTol, 0};
+        math::CqEllipseGeomLM<double> q{200, kEllTol, kEllTol, kEllTol, kEllTol, kEllTol, 0};
         A::fitEllipseGeomLM(pts, e, q);
         benchmark::DoNotOptimize(e);
         return steps;
@@ -208,7 +210,11 @@ BENCHMARK(BM_CylinderGeomRfix)
     ->Arg(100000)
     ->Arg(1000000)
     ->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_EllipseGeom)->Arg(100)->Arg(10000)->Arg(1000000)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_EllipseGeomLM)->Arg(100)->Arg(10000)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_EllipseGeom)
+    ->ArgsProduct({{100, 10000, 1000000}, {0, 1}})
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_EllipseGeomLM)
+    ->ArgsProduct({{100, 10000, 1000000}, {0, 1}})
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace

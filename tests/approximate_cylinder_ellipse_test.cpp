@@ -585,6 +585,61 @@ TYPED_TEST(EllipseFit, LevenbergMarquardtRecoversAHalfEllipse) {
     EXPECT_TRUE(sameEllipse(lm, 3, -2, 5, 3, -0.7, std::is_same_v<T, float> ? 1e-3 : 1e-5));
 }
 
+// The Levenberg-Marquardt fit converges in few steps (the strict limit: valid with maxItr
+// = k + 1 means converged within k steps): 20 noise-free points of a half ellipse, then seeded
+// random ellipses, full (b / a >= 0.1) and half (b / a >= 0.3, noise 0.5 % of b) within 30
+// steps, 90-degree arcs within 100, anywhere in the plane and at any angle and arc start.
+TYPED_TEST(EllipseFit, LevenbergMarquardtConvergesInFewSteps) {
+    using T = TypeParam;
+    double const rel = std::is_same_v<T, float> ? 2e-5 : 1e-7;
+    auto const control = [rel](double a, unsigned long long maxItr) {
+        T const tol = T(rel * a);
+        return math::CqEllipseGeomLM<T>{maxItr, tol, tol, tol, tol, T(rel), T(0)};
+    };
+    std::vector<math::Cpoint2<T>> half;
+    for (int k = 0; k < 20; ++k) {
+        half.emplace_back(T(10 * std::cos(k * kPi / 19)), T(3 * std::sin(k * kPi / 19)));
+    }
+    math::Cellipse2<T> e;
+    auto q = control(10, 31);
+    math::approximate<T>::fitEllipseGeomLM(half, e, q);
+    EXPECT_TRUE(sameEllipse(e, 0, 0, 10, 3, 0, 1e-4));
+
+    mgeo_test::Noise rnd(17);
+    for (int kind = 0; kind < 3; ++kind) {
+        double const arc = kind == 0 ? 2 * kPi : (kind == 1 ? kPi : kPi / 2);
+        for (int trial = 0; trial < 70; ++trial) {
+            double const cx = rnd(100);
+            double const cy = rnd(100);
+            double const a = 1 + 49 * rnd.unit();
+            double const b = a * (kind == 0 ? 0.1 + 0.9 * rnd.unit() : 0.3 + 0.7 * rnd.unit());
+            double const phi = kPi * rnd.unit();
+            double const t0 = 2 * kPi * rnd.unit();
+            double const noise = kind == 0 ? 0.0 : 0.005 * b;
+            std::vector<math::Cpoint2<T>> pts;
+            for (int k = 0; k < 30; ++k) {
+                double const t = t0 + arc * k / (kind == 0 ? 30 : 29);
+                // Noise along the normal of the ellipse.
+                double const nx = b * std::cos(t);
+                double const ny = a * std::sin(t);
+                double const d = rnd(noise) / std::hypot(nx, ny);
+                double const x = a * std::cos(t) + d * nx;
+                double const y = b * std::sin(t) + d * ny;
+                pts.emplace_back(T(cx + x * std::cos(phi) - y * std::sin(phi)),
+                                 T(cy + x * std::sin(phi) + y * std::cos(phi)));
+            }
+            auto qr = control(a, kind == 2 ? 101 : 31);
+            math::approximate<T>::fitEllipseGeomLM(pts, e, qr);
+            ASSERT_TRUE(e.isValid()) << "kind " << kind << " trial " << trial;
+            if (kind < 2) {
+                // Full and half ellipses are well determined: the fit lies within the noise.
+                EXPECT_TRUE(sameEllipse(e, cx, cy, a, b, phi, kind == 0 ? 1e-4 : 0.02))
+                    << "kind " << kind << " trial " << trial;
+            }
+        }
+    }
+}
+
 TYPED_TEST(EllipseFit, LastStdAbwIsWrittenByTheLastTrial) {
     using T = TypeParam;
     auto const pts = mgeo_test::ellipsePoints<T>(0, 0, 4, 2, 0.4, 80, 2 * kPi, 0.02, 11);

@@ -136,6 +136,72 @@ bool ellipseSystem(std::vector<Cpoint2<T>> const& points, Cellipse2<T> const& el
     return round;
 }
 
+// The n × 5 design matrix and residuals of the orthogonal distances themselves, for the
+// Levenberg-Marquardt fit. With X' the foot of point X (EllipseFrame::footPoint) at local
+// coordinates (x, y) = (a cos t, b sin t) and n the unit outward normal there, the residual is
+// the signed distance d = n . (X - X'); its derivative in parameter p is -n . dX/dp at fixed
+// curve parameter t (the foot's slide along the curve is tangential and drops out), so the row
+// holds n . dX/dp:
+//     cx: n_x,  cy: n_y,  a: n_u x / a,  b: n_v y / b,  phi: n_v x - n_u y,
+// (n_u, n_v) being n in the ellipse's frame. Unlike the foot-point coordinates, these rows do
+// not penalise the sliding of the feet, so a step can turn and stretch the ellipse freely.
+// A round ellipse (a and b within the single-precision margin) has no angle; its fifth column
+// is the stretch along the diagonal, the a-row in the frame turned by pi/4, as in
+// ellipseSystem. Without a design matrix only the distances are computed. Returns whether the
+// ellipse is round.
+template <typename T>
+bool ellipseDistanceSystem(std::vector<Cpoint2<T>> const& points, Cellipse2<T> const& ellipse,
+                           Cmatrix<T>* design, Cmatrix<T>& residual) {
+    std::size_t const n = points.size();
+    if (design != nullptr) {
+        *design = Cmatrix<T>(n, 5);
+    }
+    residual = Cmatrix<T>(n, 1);
+    bool const round = !(std::fabs(ellipse.a() - ellipse.b()) >
+                         static_cast<T>(kEllipseMargin) * std::fabs(ellipse.a()));
+    EllipseFrame<T> const frame(ellipse);
+    T const c = std::cos(ellipse.angle());
+    T const s = std::sin(ellipse.angle());
+    T const cx = ellipse.center().x;
+    T const cy = ellipse.center().y;
+    T const a = ellipse.a();
+    T const b = ellipse.b();
+    T const half = T(0.70710678118654752);  // cos and sin of pi/4
+    for (std::size_t i = 0; i < n; ++i) {
+        Cpoint2<T> const& p = points[i];
+        Cpoint2<T> const foot = frame.footPoint(p);
+        T const fx = foot.x - cx;
+        T const fy = foot.y - cy;
+        T const x = fx * c + fy * s;
+        T const y = fy * c - fx * s;
+        // Outward normal in the frame: the gradient (x / a^2, y / b^2), scaled by a^2 b^2.
+        T nu = b * b * x;
+        T nv = a * a * y;
+        T const len = std::sqrt(nu * nu + nv * nv);
+        nu /= len;
+        nv /= len;
+        T const nx = c * nu - s * nv;
+        T const ny = s * nu + c * nv;
+        if (design != nullptr) {
+            T* row = design->getRow(i);
+            row[0] = nx;
+            row[1] = ny;
+            row[2] = nu * x / a;
+            row[3] = nv * y / b;
+            if (round) {
+                // Foot and normal in the frame turned by pi/4.
+                T const xt = half * (x + y);
+                T const nut = half * (nu + nv);
+                row[4] = nut * xt / a;
+            } else {
+                row[4] = nv * x - nu * y;
+            }
+        }
+        residual(i, 0) = nx * (p.x - foot.x) + ny * (p.y - foot.y);
+    }
+    return round;
+}
+
 // The start of both fits: the algebraic circle, both semi-axes equal to its radius, angle 0.
 template <typename T>
 Cellipse2<T> ellipseStart(std::vector<Cpoint2<T>> const& points) {
@@ -226,19 +292,31 @@ void approximate<T>::fitEllipseGeom(Points2 const& points, Cellipse2<T>& ellipse
         [](Points2 const& p, Cellipse2<T> const& e) { return StdAbwEllipse(p, e); });
 }
 
-// Levenberg-Marquardt on the same linearisation. Each outer step forms N = J^T J and
-// g = J^T r and the largest |eigenvalue| mu of N (CmatrixCalc::getEigenvalue); the damped
-// system (N + lambda D) delta = g with Marquardt's scaling D = diag(N), each entry raised to at
-// least eps_f mu (single-precision margin) so that a vanishing column is damped too, is solved
-// with the singular value decomposition, starting at lambda = 0.01. The trial
-// ellipse (corrections added, |a|, |b|, axis normalisation) is accepted when its StdAbwEllipse
-// is strictly smaller than the current one (lambda *= 0.1, the inner loop ends), otherwise
-// lambda *= 10 and the inner loop goes on while lambda < 10000. quality.lastStdAbw receives the
-// deviation of every trial, so it ends with that of the last one. The outer iteration stops
-// when all five corrections of the last trial (cx, cy, a, b, phi against tolX, tolY, tolA,
-// tolB, tolAngle) are within tolerance; the iteration limit follows the strict rule of
-// iterateFit. Fewer than four points: invalid ellipse and lastStdAbw NaN. Exceptions reach the
-// caller.
+// Levenberg-Marquardt on the orthogonal distances (detail::ellipseDistanceSystem). Each outer
+// step forms N = J^T J and g = J^T d and the largest |eigenvalue| mu of N
+// (CmatrixCalc::getEigenvalue). The damped system (N + lambda D) delta = g is solved with the
+// singular value decomposition; D is Moré's scaling (MINPACK): per parameter the largest
+// diagonal entry of N met so far in this fit, each raised to at least eps_f mu
+// (single-precision margin) so that a vanishing column is damped too. The damping starts at
+// lambda = 0.01 and is carried from one outer step to the next (floored at 1e-12), so that
+// near the optimum the steps become Gauss-Newton steps; after an outer step without an
+// accepted trial it starts again at 0.01.
+//
+// Every non-round trial step gets the geodesic acceleration of Transtrum and Sethna ("Improvements
+// to the Levenberg-Marquardt algorithm for nonlinear least-squares minimization", 2012): the
+// second directional derivative d'' of the distances along delta, by a finite difference
+// over 0.1 delta, gives the correction a = (N + lambda D)^-1 J^T d'', and delta + a / 2 is
+// tried when |a| <= 0.375 |delta| in the D-norm. It follows the curved valleys of partial
+// arcs, where plain steps crawl.
+//
+// The trial ellipse (corrections added, |a|, |b|, axis normalisation) is accepted when its
+// StdAbwEllipse is strictly smaller than the current one (lambda *= 0.1, the inner loop ends),
+// otherwise lambda *= 10 and the inner loop goes on while lambda < 10000. quality.lastStdAbw
+// receives the deviation of every trial, so it ends with that of the last one. The outer
+// iteration stops when all five corrections of the last trial (cx, cy, a, b, phi against tolX,
+// tolY, tolA, tolB, tolAngle) are within tolerance; the iteration limit follows the strict
+// rule of iterateFit. Fewer than four points: invalid ellipse and lastStdAbw NaN. Exceptions
+// reach the caller.
 template <typename T>
 void approximate<T>::fitEllipseGeomLM(Points2 const& points, Cellipse2<T>& ellipse,
                                       CqEllipseGeomLM<T>& quality) {
@@ -247,12 +325,16 @@ void approximate<T>::fitEllipseGeomLM(Points2 const& points, Cellipse2<T>& ellip
         quality.lastStdAbw = detail::nan<T>();
         return;
     }
+    std::size_t const n = points.size();
     Cellipse2<T> current = detail::ellipseStart(points);
     T currentDev = StdAbwEllipse(points, current);
     Cmatrix<T> design;
     Cmatrix<T> residual;
+    Cmatrix<T> probeDistances;
+    T scale[5] = {T(0), T(0), T(0), T(0), T(0)};
+    T lambda = T(0.01);
     bool const ok = detail::iterateFit(quality.maxItr, [&]() {
-        bool const round = detail::ellipseSystem(points, current, design, residual);
+        bool const round = detail::ellipseDistanceSystem(points, current, &design, residual);
         Cmatrix<T> const designT = design.transp();
         Cmatrix<T> const normal = designT * design;
         Cmatrix<T> const rhs = designT * residual;
@@ -260,11 +342,10 @@ void approximate<T>::fitEllipseGeomLM(Points2 const& points, Cellipse2<T>& ellip
         Cmatrix<T> vectors;
         CmatrixCalc<T>::getEigenvalue(spectrum, vectors);
         T const floor = static_cast<T>(detail::kEllipseMargin) * std::fabs(spectrum(0, 0));
-        T scale[5];
         for (std::size_t k = 0; k < 5; ++k) {
-            scale[k] = normal(k, k) > floor ? normal(k, k) : floor;
+            T const diag = normal(k, k) > floor ? normal(k, k) : floor;
+            scale[k] = diag;
         }
-        T lambda = T(0.01);
         T step[5];
         bool accepted = false;
         do {
@@ -273,7 +354,38 @@ void approximate<T>::fitEllipseGeomLM(Points2 const& points, Cellipse2<T>& ellip
                 damped(k, k) += lambda * scale[k];
             }
             Csolver_svd<T> solver(damped);
-            Cmatrix<T> const delta = solver.solve(rhs);
+            Cmatrix<T> delta = solver.solve(rhs);
+            if (!round) {
+                T const h = T(0.1);
+                Cmatrix<T> probeStep = delta;
+                for (std::size_t k = 0; k < 5; ++k) {
+                    probeStep(k, 0) = h * delta(k, 0);
+                }
+                T unused[5];
+                Cellipse2<T> const probe =
+                    detail::correctedEllipse(current, probeStep, false, unused);
+                detail::ellipseDistanceSystem<T>(points, probe, nullptr, probeDistances);
+                // d(x + h delta) = d - h J delta + h^2 d'' / 2 + ..., with J delta the
+                // design matrix times delta.
+                Cmatrix<T> const predicted = design * delta;
+                Cmatrix<T> curvature(n, 1);
+                for (std::size_t i = 0; i < n; ++i) {
+                    curvature(i, 0) =
+                        T(2) / h * ((probeDistances(i, 0) - residual(i, 0)) / h + predicted(i, 0));
+                }
+                Cmatrix<T> const accel = solver.solve(designT * curvature);
+                T accelNorm = T(0);
+                T stepNorm = T(0);
+                for (std::size_t k = 0; k < 5; ++k) {
+                    accelNorm += accel(k, 0) * accel(k, 0) * scale[k];
+                    stepNorm += delta(k, 0) * delta(k, 0) * scale[k];
+                }
+                if (T(4) * accelNorm <= T(0.5625) * stepNorm) {  // 2 |a| <= 0.75 |delta|
+                    for (std::size_t k = 0; k < 5; ++k) {
+                        delta(k, 0) += T(0.5) * accel(k, 0);
+                    }
+                }
+            }
             Cellipse2<T> const trial = detail::correctedEllipse(current, delta, round, step);
             T const trialDev = StdAbwEllipse(points, trial);
             quality.lastStdAbw = trialDev;
@@ -286,6 +398,11 @@ void approximate<T>::fitEllipseGeomLM(Points2 const& points, Cellipse2<T>& ellip
                 lambda *= T(10);
             }
         } while (!accepted && lambda < T(10000));
+        if (!accepted) {
+            lambda = T(0.01);
+        } else if (lambda < T(1e-12)) {
+            lambda = T(1e-12);
+        }
         return detail::withinTolerance(step[0], quality.tolX) &&
                detail::withinTolerance(step[1], quality.tolY) &&
                detail::withinTolerance(step[2], quality.tolA) &&
